@@ -1,0 +1,16 @@
+# nodus_build: what every target of the project is compiled with.
+add_library(nodus_build INTERFACE)
+
+# Results are the same bits at every level and with every compiler: no contraction, no reassociation.
+target_compile_options(nodus_build INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
+  $<$<BOOL:${NODUSMATH_WERROR}>:-Werror>)
+
+# GNU unique symbols would keep a library from ever being unloaded.
+target_compile_options(nodus_build INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
+
+if(NODUSMATH_SANITIZE)
+  add_compile_options(-fsanitize=${NODUSMATH_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${NODUSMATH_SANITIZE})
+endif()

@@ -1,0 +1,49 @@
+// Mul: a * b, lane by lane for vectors; the product of matrices. Integers wrap around in their
+// width.
+#include "kernels.h"
+#include "lanewise.h"
+#include "ports.h"
+
+using namespace nodusmath;
+
+namespace {
+
+template <typename T> T multiply(T const& a, T const& b) noexcept
+{
+    return lanewise(a, b, [](auto x, auto y) { return x * y; });
+}
+
+// Row i of the result is the rows of a weighted by row i of b, summed from the left: as transforms
+// of row vectors, b is applied first.
+Float4 weightedRows(Float4 const& weights, Matrix4x4 const& a) noexcept
+{
+    using namespace qvr;
+    _vec4 const w = load(&weights.x);
+    _vec4 sum = broadcastLane<0>(w) * load(&a.rows[0].x);
+    sum = sum + broadcastLane<1>(w) * load(&a.rows[1].x);
+    sum = sum + broadcastLane<2>(w) * load(&a.rows[2].x);
+    sum = sum + broadcastLane<3>(w) * load(&a.rows[3].x);
+    Float4 row;
+    store(&row.x, sum);
+    return row;
+}
+
+Matrix4x4 multiplyMatrices(Matrix4x4 const& a, Matrix4x4 const& b) noexcept
+{
+    return {{weightedRows(b.rows[0], a), weightedRows(b.rows[1], a), weightedRows(b.rows[2], a),
+             weightedRows(b.rows[3], a)}};
+}
+
+}  // namespace
+
+void NodusMul_Float_Solve(void const* in, void* out) noexcept { solve<multiply<Float>>(in, out); }
+void NodusMul_Float2_Solve(void const* in, void* out) noexcept { solve<multiply<Float2>>(in, out); }
+void NodusMul_Float3_Solve(void const* in, void* out) noexcept { solve<multiply<Float3>>(in, out); }
+void NodusMul_Float4_Solve(void const* in, void* out) noexcept { solve<multiply<Float4>>(in, out); }
+void NodusMul_Int32_Solve(void const* in, void* out) noexcept { solve<multiply<Int32>>(in, out); }
+void NodusMul_Matrix4x4_Solve(void const* in, void* out) noexcept
+{
+    solve<multiplyMatrices>(in, out);
+}
+void NodusMul_UInt32_Solve(void const* in, void* out) noexcept { solve<multiply<UInt32>>(in, out); }
+void NodusMul_UInt8_Solve(void const* in, void* out) noexcept { solve<multiply<UInt8>>(in, out); }

@@ -1,0 +1,28 @@
+// MultiplyByScalar: every lane of value times scalar, the fourth lane of a Float4 included.
+#include "kernels.h"
+#include "lanewise.h"
+#include "ports.h"
+
+using namespace nodusmath;
+
+namespace {
+
+template <typename T> T scale(T const& value, Float scalar) noexcept
+{
+    return lanewise(value, [scalar](auto x) { return x * scalar; });
+}
+
+}  // namespace
+
+void NodusMultiplyByScalar_Float2_Solve(void const* in, void* out) noexcept
+{
+    solve<scale<Float2>>(in, out);
+}
+void NodusMultiplyByScalar_Float3_Solve(void const* in, void* out) noexcept
+{
+    solve<scale<Float3>>(in, out);
+}
+void NodusMultiplyByScalar_Float4_Solve(void const* in, void* out) noexcept
+{
+    solve<scale<Float4>>(in, out);
+}
