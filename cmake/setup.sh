@@ -1,0 +1,44 @@
+#!/bin/sh
+# Installs the Debian packages that the project's commands need and that are not there yet.
+# usage: cmake/setup.sh run|test
+set -eu
+
+run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev"
+test="$run clang clang-format libclang-rt-14-dev googletest binutils"
+
+case "${1:-}" in
+run) wanted=$run ;;
+test) wanted=$test ;;
+*) echo "usage: cmake/setup.sh run|test" >&2; exit 2 ;;
+esac
+
+missing=""
+for package in $wanted; do
+    state=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$state" = installed ] || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+if ! command -v apt-get >/dev/null; then
+    echo "setup: this is no Debian machine; please install what these packages hold:$missing" >&2
+    exit 1
+fi
+as_root=""
+if [ "$(id -u)" != 0 ]; then
+    if ! command -v sudo >/dev/null; then
+        echo "setup: installing packages needs root or sudo; missing:$missing" >&2
+        exit 1
+    fi
+    as_root=sudo
+fi
+echo "setup: installing$missing" >&2
+log=$(mktemp)
+trap 'rm -f "$log"' EXIT
+# shellcheck disable=SC2086 # one word a package is what is wanted
+if ! { $as_root apt-get update &&
+       $as_root env DEBIAN_FRONTEND=noninteractive \
+           apt-get install -y --no-install-recommends $missing; } >"$log" 2>&1; then
+    tail -n 20 "$log" >&2
+    echo "setup: the packages could not be installed:$missing" >&2
+    exit 1
+fi
