@@ -10,7 +10,8 @@ target_compile_options(nodus_build INTERFACE
 target_compile_options(nodus_build INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 
 if(NODUSMATH_SANITIZE)
-  add_compile_options(-fsanitize=${NODUSMATH_SANITIZE} -fno-sanitize-recover=all
+  # Without vptr: the services that a host lends are objects of its own classes.
+  add_compile_options(-fsanitize=${NODUSMATH_SANITIZE} -fno-sanitize=vptr -fno-sanitize-recover=all
                       -fno-omit-frame-pointer)
   add_link_options(-fsanitize=${NODUSMATH_SANITIZE})
 endif()
