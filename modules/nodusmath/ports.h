@@ -89,8 +89,11 @@ template <typename Result> [[gnu::always_inline]] inline auto twoPorts(Result co
 
 template <typename Port> [[gnu::always_inline]] inline Port& portAt(void* block, std::size_t offset)
 {
-    auto* const bytes = static_cast<std::byte*>(__builtin_assume_aligned(block, kBlockAlignment));
-    return *reinterpret_cast<Port*>(bytes + offset);
+    // Alignment is told only where it is needed and the type does not tell it: clang++ would fetch
+    // a byte port with all the bytes behind it, up to the aligned word.
+    if constexpr (std::is_same_v<std::remove_const_t<Port>, Color>)
+        block = __builtin_assume_aligned(block, kBlockAlignment);
+    return *reinterpret_cast<Port*>(static_cast<std::byte*>(block) + offset);
 }
 
 template <typename Function> struct EntryPoint;

@@ -101,6 +101,10 @@ QVR_INLINE _vec4 lessEqual(_vec4 a, _vec4 b) noexcept { return {_mm_cmple_ps(a.l
 // The one unordered comparison: true for NaN.
 QVR_INLINE _vec4 notEqual(_vec4 a, _vec4 b) noexcept { return {_mm_cmpneq_ps(a.lanes, b.lanes)}; }
 
+// Of lane masks.
+QVR_INLINE _vec4 both(_vec4 a, _vec4 b) noexcept { return bitAnd(a, b); }
+QVR_INLINE _vec4 either(_vec4 a, _vec4 b) noexcept { return bitOr(a, b); }
+
 // The sign bits of the four lanes, lane 0 in bit 0: 15 when a comparison held in every lane.
 QVR_INLINE int laneMask(_vec4 comparison) noexcept { return _mm_movemask_ps(comparison.lanes); }
 
