@@ -67,7 +67,9 @@ QVR_INLINE float lane0(_vec4 v) noexcept { return _mm_cvtss_f32(v.lanes); }
 // Lane i of the result is lane i-th argument of v: shuffle<1, 2, 0, 3> gives (y, z, x, w).
 template <int x, int y, int z, int w> QVR_INLINE _vec4 shuffle(_vec4 v) noexcept
 {
-    return {_mm_shuffle_ps(v.lanes, v.lanes, _MM_SHUFFLE(w, z, y, x))};
+    // Unlike the float shuffle it needs no copy of v.
+    __m128i const words = _mm_castps_si128(v.lanes);
+    return {_mm_castsi128_ps(_mm_shuffle_epi32(words, _MM_SHUFFLE(w, z, y, x)))};
 }
 template <int lane> QVR_INLINE _vec4 broadcastLane(_vec4 v) noexcept
 {
@@ -113,5 +115,44 @@ QVR_INLINE _vec4 minimum(_vec4 a, _vec4 b) noexcept { return {_mm_min_ps(a.lanes
 QVR_INLINE _vec4 maximum(_vec4 a, _vec4 b) noexcept { return {_mm_max_ps(a.lanes, b.lanes)}; }
 
 QVR_INLINE _vec4 squareRoot(_vec4 v) noexcept { return {_mm_sqrt_ps(v.lanes)}; }
+
+// The processor's own approximations, relative error at most 1.5 * 2^-12. Their bits differ between
+// processor makers. Zeros and subnormals give an infinity of their sign.
+QVR_INLINE _vec4 reciprocalEstimate(_vec4 v) noexcept { return {_mm_rcp_ps(v.lanes)}; }
+QVR_INLINE _vec4 reciprocalSquareRootEstimate(_vec4 v) noexcept { return {_mm_rsqrt_ps(v.lanes)}; }
+
+// The whole number nearest to each lane, ties to even, by way of 32-bit integers: what does not fit
+// one becomes -2^31.
+QVR_INLINE _vec4 nearest(_vec4 v) noexcept { return {_mm_cvtepi32_ps(_mm_cvtps_epi32(v.lanes))}; }
+
+QVR_INLINE _vec4 lanes(float x, float y, float z, float w) noexcept
+{
+    return {_mm_setr_ps(x, y, z, w)};
+}
+
+// Lanes of two vectors: (a[i], a[j], b[k], b[l]); the first or last pairs of both; both in turns.
+template <int i, int j, int k, int l> QVR_INLINE _vec4 shuffle(_vec4 a, _vec4 b) noexcept
+{
+    return {_mm_shuffle_ps(a.lanes, b.lanes, _MM_SHUFFLE(l, k, j, i))};
+}
+QVR_INLINE _vec4 firstPairs(_vec4 a, _vec4 b) noexcept { return {_mm_movelh_ps(a.lanes, b.lanes)}; }
+QVR_INLINE _vec4 lastPairs(_vec4 a, _vec4 b) noexcept { return {_mm_movehl_ps(b.lanes, a.lanes)}; }
+QVR_INLINE _vec4 interleaveFirst(_vec4 a, _vec4 b) noexcept
+{
+    return {_mm_unpacklo_ps(a.lanes, b.lanes)};
+}
+QVR_INLINE _vec4 interleaveLast(_vec4 a, _vec4 b) noexcept
+{
+    return {_mm_unpackhi_ps(a.lanes, b.lanes)};
+}
+
+// The bits of a where mask has ones, those of b elsewhere.
+QVR_INLINE _vec4 select(_vec4 mask, _vec4 a, _vec4 b) noexcept
+{
+    return bitXor(bitAnd(bitXor(a, b), mask), b);
+}
+
+inline constexpr _simd_const<0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0u> kXYZ;
+inline constexpr _simd_const<0u, 0u, 0u, 0x3F800000u> kIdentity;  // 1 in w, and the quaternion
 
 }  // namespace qvr
