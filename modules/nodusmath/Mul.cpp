@@ -1,8 +1,10 @@
-// Mul: a * b, lane by lane for vectors; the product of matrices. Integers wrap around in their
-// width.
+// Mul: a * b, lane by lane for vectors; the product of matrices and of rotations. Integers wrap
+// around in their width.
+#include "fourlanes.h"
 #include "kernels.h"
 #include "lanewise.h"
 #include "ports.h"
+#include "qvr/quaternion.h"
 
 using namespace nodusmath;
 
@@ -34,6 +36,12 @@ Matrix4x4 multiplyMatrices(Matrix4x4 const& a, Matrix4x4 const& b) noexcept
              weightedRows(b.rows[3], a)}};
 }
 
+// The rotation b and then a, as a unit quaternion.
+Quaternion multiplyRotations(Quaternion const& a, Quaternion const& b) noexcept
+{
+    return portOf<Quaternion>(qvr::normalizeFast(qvr::hamiltonProduct(lanesOf(a), lanesOf(b))));
+}
+
 }  // namespace
 
 void NodusMul_Float_Solve(void const* in, void* out) noexcept { solve<multiply<Float>>(in, out); }
@@ -45,5 +53,6 @@ void NodusMul_Matrix4x4_Solve(void const* in, void* out) noexcept
 {
     solve<multiplyMatrices>(in, out);
 }
+void NodusMul_Quat_Solve(void const* in, void* out) noexcept { solve<multiplyRotations>(in, out); }
 void NodusMul_UInt32_Solve(void const* in, void* out) noexcept { solve<multiply<UInt32>>(in, out); }
 void NodusMul_UInt8_Solve(void const* in, void* out) noexcept { solve<multiply<UInt8>>(in, out); }

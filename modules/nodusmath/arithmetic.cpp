@@ -1,8 +1,11 @@
 // The families without a file of their own.
 #include "divisors.h"
+#include "fourlanes.h"
 #include "kernels.h"
 #include "logic.h"
 #include "ports.h"
+#include "qvr/quaternion.h"
+#include "qvr/rotation_order.h"
 #include "rounding.h"
 #include "scalar_functions.h"
 #include "transcendental.h"
@@ -352,3 +355,117 @@ void NodusTan_Double_Solve(void const* in, void* out) noexcept
     solve<tangentOf<Double>>(in, out);
 }
 void NodusTan_Float_Solve(void const* in, void* out) noexcept { solve<tangentOf<Float>>(in, out); }
+// Quaternions. Zero-length ones are not looked for: they give NaN in every lane.
+namespace {
+
+Quaternion conjugateOf(Quaternion const& value) noexcept
+{
+    return portOf<Quaternion>(qvr::conjugate(lanesOf(value)));
+}
+
+// Of the rotation, not of the number: the length is gone as well.
+Quaternion inverseOf(Quaternion const& value) noexcept
+{
+    return portOf<Quaternion>(qvr::normalizeFast(qvr::conjugate(lanesOf(value))));
+}
+
+Quaternion unitOf(Quaternion const& value) noexcept
+{
+    return portOf<Quaternion>(qvr::normalizeFast(lanesOf(value)));
+}
+
+Quaternion lerp(Quaternion const& a, Quaternion const& b, Float t) noexcept
+{
+    return portOf<Quaternion>(qvr::lerp(lanesOf(a), lanesOf(b), qvr::broadcast(t)));
+}
+
+Quaternion slerp(Quaternion const& a, Quaternion const& b, Float t) noexcept
+{
+    return portOf<Quaternion>(qvr::slerp(lanesOf(a), lanesOf(b), qvr::broadcast(t)));
+}
+
+Quaternion arcRotation(Float4 const& from, Float4 const& to) noexcept
+{
+    return portOf<Quaternion>(qvr::arcBetween(lanesOf(from), lanesOf(to)));
+}
+
+Quaternion eulerToQuaternion(Float4 const& angles, Int32 order) noexcept
+{
+    return portOf<Quaternion>(qvr::quaternionOfAngles(order, lanesOf(angles)));
+}
+
+Float4 quaternionToEuler(Quaternion const& rotation, Int32 order) noexcept
+{
+    return portOf<Float4>(qvr::anglesOfQuaternion(order, lanesOf(rotation)));
+}
+
+}  // namespace
+
+void NodusConj_Quat_Solve(void const* in, void* out) noexcept { solve<conjugateOf>(in, out); }
+void NodusInv_Quat_Solve(void const* in, void* out) noexcept { solve<inverseOf>(in, out); }
+void NodusNorm_Quat_Solve(void const* in, void* out) noexcept { solve<unitOf>(in, out); }
+void NodusLerp_Quat_Solve(void const* in, void* out) noexcept { solve<lerp>(in, out); }
+void NodusSlerp_Quat_Solve(void const* in, void* out) noexcept { solve<slerp>(in, out); }
+void NodusQuatArcRotate_Solve(void const* in, void* out) noexcept { solve<arcRotation>(in, out); }
+void NodusEulerToQuaternion_Solve(void const* in, void* out) noexcept
+{
+    solve<eulerToQuaternion>(in, out);
+}
+void NodusQuaternionToEuler_Solve(void const* in, void* out) noexcept
+{
+    solve<quaternionToEuler>(in, out);
+}
+
+// Transforms. Translations and rotations compose as rigid motions, scales by themselves: an outer
+// scale does not reach an inner translation. w lanes of translations are added and subtracted like
+// any other, those of scales multiplied and divided.
+namespace {
+
+TQS composed(TQS const& a, TQS const& b) noexcept
+{
+    using namespace qvr;
+    _vec4 const turn = lanesOf(a.q);
+    return {portOf<Translation>(rotated(turn, lanesOf(b.t)) + lanesOf(a.t)),
+            portOf<Quaternion>(normalizeFast(hamiltonProduct(turn, lanesOf(b.q)))),
+            portOf<Float4>(lanesOf(a.s) * lanesOf(b.s))};
+}
+
+// What composed(a, ...) makes b of.
+TQS composedWithInverse(TQS const& a, TQS const& b) noexcept
+{
+    using namespace qvr;
+    _vec4 const back = conjugate(normalizeFast(lanesOf(a.q)));
+    return {portOf<Translation>(rotated(back, lanesOf(b.t) - lanesOf(a.t))),
+            portOf<Quaternion>(normalizeFast(hamiltonProduct(back, lanesOf(b.q)))),
+            portOf<Float4>(lanesOf(b.s) / lanesOf(a.s))};
+}
+
+// The inverse of each part by itself; the translation is not turned. The scale is the processor's
+// estimate, within 1.5 * 2^-12 of the reciprocal.
+TQS inverted(TQS const& value) noexcept
+{
+    using namespace qvr;
+    return {portOf<Translation>(negate(lanesOf(value.t))),
+            portOf<Quaternion>(conjugate(normalizeFast(lanesOf(value.q)))),
+            portOf<Float4>(reciprocalEstimate(lanesOf(value.s)))};
+}
+
+Float4 placed(Float4 const& position, TQS const& transform) noexcept
+{
+    using namespace qvr;
+    _vec4 const scaled = lanesOf(position) * lanesOf(transform.s);
+    return portOf<Float4>(rotated(lanesOf(transform.q), scaled) + lanesOf(transform.t));
+}
+
+}  // namespace
+
+void NodusInverseTQS_Solve(void const* in, void* out) noexcept { solve<inverted>(in, out); }
+void NodusTransformInverseTQS_Solve(void const* in, void* out) noexcept
+{
+    solve<composedWithInverse>(in, out);
+}
+void NodusTransformPositionWithTQS_Solve(void const* in, void* out) noexcept
+{
+    solve<placed>(in, out);
+}
+void NodusTransformTQS_Solve(void const* in, void* out) noexcept { solve<composed>(in, out); }

@@ -56,16 +56,24 @@ QVR_INLINE _vec4 sinPoly(_vec4 angle) noexcept
 // Edge:   0 gives exactly 1; infinities and NaN give no finite value.
 QVR_INLINE _vec4 cosPoly(_vec4 angle) noexcept { return cosOfTurns(angle * kTurnsPerRadian); }
 
+// What:   the arc sine of a magnitude, in [0, pi/2].
+// Range:  [0, 1].
+// Error:  2.3e-5.
+// Edge:   0 gives exactly 0; x > 1 and NaN give NaN.
+QVR_INLINE _vec4 asinOfMagnitude(_vec4 x) noexcept
+{
+    _vec4 const u = kOne - x;
+    _vec4 const series = kOne + u * (kArc1 + u * (kArc2 + u * (kArc3 + u * kArc4)));
+    return kHalfPi - squareRoot(u + u) * series;
+}
+
 // What:   the arc sine, in [-pi/2, pi/2].
 // Range:  [-1, 1].
 // Error:  2.3e-5.
 // Edge:   the sign bit of x, that of -0 too, becomes the sign; |x| > 1 and NaN give NaN.
 QVR_INLINE _vec4 asinPoly(_vec4 x) noexcept
 {
-    _vec4 const u = kOne - magnitude(x);
-    _vec4 const series = kOne + u * (kArc1 + u * (kArc2 + u * (kArc3 + u * kArc4)));
-    _vec4 const arc = squareRoot(u + u) * series;
-    return bitXor(kHalfPi - arc, signOf(x));
+    return bitXor(asinOfMagnitude(magnitude(x)), signOf(x));
 }
 
 // What:   the arc cosine, in [0, pi].

@@ -63,6 +63,7 @@ QVR_INLINE void storeTriple(float* to, _vec4 v) noexcept
 QVR_INLINE _vec4 zero() noexcept { return {_mm_setzero_ps()}; }
 QVR_INLINE _vec4 broadcast(float value) noexcept { return {_mm_set1_ps(value)}; }
 QVR_INLINE float lane0(_vec4 v) noexcept { return _mm_cvtss_f32(v.lanes); }
+template <int lane> QVR_INLINE float laneOf(_vec4 v) noexcept { return v.lanes[lane]; }
 
 // Lane i of the result is lane i-th argument of v: shuffle<1, 2, 0, 3> gives (y, z, x, w).
 template <int x, int y, int z, int w> QVR_INLINE _vec4 shuffle(_vec4 v) noexcept
@@ -146,13 +147,23 @@ QVR_INLINE _vec4 interleaveLast(_vec4 a, _vec4 b) noexcept
     return {_mm_unpackhi_ps(a.lanes, b.lanes)};
 }
 
+// Two lanes of v in front of two zeros.
+QVR_INLINE _vec4 firstPair(_vec4 v) noexcept
+{
+    return {_mm_castsi128_ps(_mm_move_epi64(_mm_castps_si128(v.lanes)))};
+}
+QVR_INLINE _vec4 lastPair(_vec4 v) noexcept
+{
+    return {_mm_castsi128_ps(_mm_srli_si128(_mm_castps_si128(v.lanes), 8))};
+}
+
 // The bits of a where mask has ones, those of b elsewhere.
 QVR_INLINE _vec4 select(_vec4 mask, _vec4 a, _vec4 b) noexcept
 {
     return bitXor(bitAnd(bitXor(a, b), mask), b);
 }
 
-inline constexpr _simd_const<0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0u> kXYZ;
+inline constexpr _simd_const<0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu, 0u> kVectorLanes;
 inline constexpr _simd_const<0u, 0u, 0u, 0x3F800000u> kIdentity;  // 1 in w, and the quaternion
 
 }  // namespace qvr

@@ -1,0 +1,283 @@
+// Three angles about the coordinate axes as a rotation, and back, in every order of the axes.
+//
+// An angle triple holds the angle about X in lane x, about Y in y, about Z in z, whatever the order
+// in which they are applied; lane w is not looked at and comes back as 0. Orders by number:
+//
+//   0, 1   X, then Y, then Z        6, 7    Y, then X, then Z
+//   2, 3   X, then Z, then Y        8, 9    Z, then X, then Y
+//   4, 5   Y, then Z, then X        10, 11  Z, then Y, then X
+//   12     a twist about X, then a swing about an axis in the YZ plane
+#pragma once
+
+#include "qvr/arctangent.h"
+#include "qvr/quaternion.h"
+#include "qvr/rotation_matrix.h"
+
+#include <cstdint>
+
+namespace qvr {
+
+namespace rotationOrder {
+
+enum Order : std::int32_t {
+    kXYZ,
+    kXYZOdd,
+    kXZY,
+    kXZYOdd,
+    kYZX,
+    kYZXOdd,
+    kYXZ,
+    kYXZOdd,
+    kZXY,
+    kZXYOdd,
+    kZYX,
+    kZYXOdd,
+    kTwistSwing
+};
+
+// Twice this, the sine of the middle angle, and more is taken for a quarter turn: there the two
+// outer axes fall together. 0.49999899, which leaves about 0.002 rad.
+inline constexpr float kLocked = std::bit_cast<float>(0x3EFFFFDEu);
+
+// 9.99999997e-7: 1e-6, rounded.
+inline constexpr float kTiny = std::bit_cast<float>(0x358637BDu);
+
+inline constexpr _simd_const<0xFFFFFFFFu, 0u, 0u, 0u> kLaneX;
+inline constexpr _simd_const<0u, 0xFFFFFFFFu, 0u, 0u> kLaneY;
+inline constexpr _simd_const<0u, 0u, 0xFFFFFFFFu, 0u> kLaneZ;
+inline constexpr _simd_const<0xFFFFFFFFu, 0xFFFFFFFFu, 0u, 0u> kLanesXY;
+inline constexpr _simd_const<0xFFFFFFFFu, 0u, 0xFFFFFFFFu, 0u> kLanesXZ;
+inline constexpr _simd_const<0u, 0xFFFFFFFFu, 0xFFFFFFFFu, 0u> kLanesYZ;
+
+struct HalfAngles {
+    _vec4 sines, cosines;
+};
+
+QVR_INLINE HalfAngles halfAngles(_vec4 angles) noexcept
+{
+    _vec4 const turns = (angles * kHalf) * kTurnsPerRadian;
+    return {cosOfTurns(turns - kQuarterTurn), cosOfTurns(turns)};
+}
+
+// X, then Y, then Z, multiplied out.
+QVR_INLINE _vec4 quaternionOfXYZ(HalfAngles half) noexcept
+{
+    auto const [s, c] = half;
+    constexpr _simd_const<0x80000000u, 0u, 0x80000000u, 0u> kFlipXZ;
+    _vec4 const ofX = shuffle<0, 0, 0, 0>(c, s);
+    _vec4 const ofZ = shuffle<2, 0, 0, 2>(shuffle<2, 2, 2, 2>(s, c));
+    _vec4 const outer = ofZ * ofX;  // s2 c0, c2 c0, c2 s0, s2 s0
+    return bitXor(broadcastLane<1>(s), kFlipXZ) * outer +
+           broadcastLane<1>(c) * shuffle<2, 3, 0, 1>(outer);
+}
+
+// About the first axis, then the second, then the third.
+template <int first, int second, int third>
+QVR_INLINE _vec4 quaternionInSequence(HalfAngles half) noexcept
+{
+    _vec4 const xy = interleaveFirst(half.sines, half.cosines);
+    _vec4 const z = interleaveLast(half.sines, half.cosines);
+    _vec4 const about[] = {firstPair(xy), lastPair(xy), firstPair(z)};
+    return hamiltonProduct(
+        hamiltonProduct(AboutAxis<third>{about[third]}, AboutAxis<second>{about[second]}),
+        AboutAxis<first>{about[first]});
+}
+
+// A swing whose axis lies in the YZ plane, (0, s1, s2, c1 c2) before it is normalised, after a
+// twist about X.
+QVR_INLINE _vec4 quaternionOfTwistSwing(HalfAngles half) noexcept
+{
+    auto const [s, c] = half;
+    constexpr _simd_const<0x80000000u, 0u, 0x80000000u, 0x80000000u> kSigns;
+    _vec4 const twist = shuffle<0, 0, 0, 0>(s, c);           // s0, s0, c0, c0
+    _vec4 const inner = shuffle<1, 2, 1, 2>(c, s);           // c1, c2, s1, s2
+    _vec4 const outer = twist * shuffle<0, 3, 3, 0>(inner);  // s0 c1, s0 s2, c0 s2, c0 c1
+    _vec4 const ones = select(kLanesYZ, kOne, shuffle<1, 1, 1, 1>(inner));
+    _vec4 const cross = bitAnd(shuffle<2, 2, 2, 2>(inner) * shuffle<0, 2, 1, 3>(twist), kLanesYZ);
+    return normalizeFast(outer * ones + bitXor(cross, kSigns));
+}
+
+QVR_INLINE _vec4 halfCosine(_vec4 w, _vec4 q) noexcept { return (w * w - kHalf) + q * q; }
+
+// The middle angle is a quarter turn, of the sign of its sine: one outer angle is set to 0, the
+// other takes the whole rest of the rotation.
+QVR_INLINE _vec4 lockedAngles(std::int32_t order, _vec4 q, _vec4 sine) noexcept
+{
+    _vec4 const x = broadcastLane<0>(q), y = broadcastLane<1>(q);
+    _vec4 const z = broadcastLane<2>(q), w = broadcastLane<3>(q);
+    _vec4 const quarter = bitOr(kHalfPi, signOf(sine));
+    bool const positive = lane0(sine) > 0;
+    _vec4 num, den, turning, locked;
+    switch (order & ~1) {
+    case kXYZ:
+        turning = kLaneX, locked = kLaneY;
+        num = positive ? x * y - z * w : x * w - y * z;
+        den = positive ? halfCosine(w, y) : negate(x * z) - y * w;
+        break;
+    case kXZY: {
+        _vec4 const half = arctangent2(x, w);
+        _vec4 const whole = half + half;
+        return bitOr(bitAnd(positive ? whole : negate(whole), kLaneY), bitAnd(quarter, kLaneZ));
+    }
+    case kYZX:
+        turning = kLaneX, locked = kLaneZ;
+        num = positive ? x * z - y * w : y * w - x * z;
+        den = positive ? x * y + z * w : negate(x * y) - z * w;
+        break;
+    case kYXZ:
+        turning = kLaneZ, locked = kLaneX;
+        num = positive ? x * z + y * w : negate(x * z) - y * w;
+        den = positive ? x * w - y * z : y * z - x * w;
+        break;
+    case kZXY:
+        turning = kLaneY, locked = kLaneX;
+        num = y * w - x * z;
+        den = positive ? x * w + y * z : negate(x * w) - y * z;
+        break;
+    default:
+        turning = kLaneZ, locked = kLaneY;
+        num = positive ? x * w + y * z : negate(x * w) - y * z;
+        den = positive ? y * w - x * z : x * z - y * w;
+        break;
+    }
+    return bitOr(bitAnd(arctangent2(num, den), turning), bitAnd(quarter, locked));
+}
+
+// Twist and swing of quaternionOfTwistSwing. The twist is read off the lanes as they came; w near 0
+// makes it half a turn. NaN for both swing angles where the X axis is turned to its opposite.
+QVR_INLINE _vec4 anglesOfTwistSwing(_vec4 q) noexcept
+{
+    // The swing is the shortest arc from the X axis to its image a: (0, -a2, a1, 1 + a0).
+    constexpr _simd_const<0u, 0xFFFFFFFFu, 0xFFFFFFFFu, 0xFFFFFFFFu> kYZW;
+    constexpr _simd_const<0u, 0x80000000u, 0u, 0u> kFlipY;
+    constexpr _simd_const<0x80000000u, 0x80000000u, 0x80000000u, 0x3F800000u> kAddOneInW;
+    constexpr _simd_splat<0x40800000u> kFour;      // 4
+    constexpr _simd_splat<0xBF800000u> kMinusOne;  // -1
+    _vec4 const image = RotationRows(normalizeFast(q)).row<0>();
+    _vec4 const arc = bitXor(bitAnd(shuffle<3, 2, 1, 0>(image), kYZW), kFlipY) + kAddOneInW;
+    _vec4 swing = normalizeFast(arc);
+
+    // k undoes the normalisation of the swing: p k^4 - k^2 + 1 = 0.
+    _vec4 const sy = broadcastLane<1>(swing), sz = broadcastLane<2>(swing);
+    _vec4 const p = ((sy * sy) * sz) * sz;
+    if (lane0(p) > kTiny) {
+        _vec4 const root = squareRoot(maximum(zero(), kOne - kFour * p));
+        swing = swing * squareRoot((kHalf / p) * (kOne - root));
+    }
+
+    // The limits stand first: a NaN passes both.
+    _vec4 const swings = asinPoly(maximum(kMinusOne, minimum(kOne, swing)));
+
+    _vec4 twist = kHalfPi;
+    _vec4 const w = broadcastLane<3>(q);
+    if (lane0(magnitude(w)) > kTiny) {
+        _vec4 const r = q / w;
+        _vec4 const t = magnitude(r);
+        _vec4 const negative = bitAndNot(lessEqual(zero(), r), kSignBits);
+        twist = bitXor(arctangentFolded(t, less(t, kOne)), negative);
+    }
+    _vec4 const halves = bitOr(bitAnd(twist, kLaneX), bitAnd(swings, kLanesYZ));
+    return halves + halves;
+}
+
+}  // namespace rotationOrder
+
+// The quaternion of an angle triple, not normalised but for order 12. An odd order above 1 gives
+// the bits of the even one below it, 1 those of 0 but for the last; other numbers give no rotation.
+QVR_INLINE _vec4 quaternionOfAngles(std::int32_t order, _vec4 angles) noexcept
+{
+    using namespace rotationOrder;
+    HalfAngles const half = halfAngles(angles);
+    switch (order) {
+    case kXYZ:
+        return quaternionOfXYZ(half);
+    case kXYZOdd:
+        return quaternionInSequence<0, 1, 2>(half);
+    case kXZY:
+    case kXZYOdd:
+        return quaternionInSequence<0, 2, 1>(half);
+    case kYZX:
+    case kYZXOdd:
+        return quaternionInSequence<1, 2, 0>(half);
+    case kYXZ:
+    case kYXZOdd:
+        return quaternionInSequence<1, 0, 2>(half);
+    case kZXY:
+    case kZXYOdd:
+        return quaternionInSequence<2, 0, 1>(half);
+    case kZYX:
+    case kZYXOdd:
+        return quaternionInSequence<2, 1, 0>(half);
+    case kTwistSwing:
+        return quaternionOfTwistSwing(half);
+    default:
+        return kIdentity;
+    }
+}
+
+// The angle triple of a quaternion, which is taken as it is: for unit ones the opposite of
+// quaternionOfAngles while the middle angle stays within a quarter turn. Odd orders give the bits
+// of the even ones below, numbers outside 0 to 12 zeros. A zero quaternion is not looked for.
+QVR_INLINE _vec4 anglesOfQuaternion(std::int32_t order, _vec4 q) noexcept
+{
+    using namespace rotationOrder;
+    _vec4 const x = broadcastLane<0>(q), y = broadcastLane<1>(q);
+    _vec4 const z = broadcastLane<2>(q), w = broadcastLane<3>(q);
+
+    // Half the sine of the middle angle, and numerators and denominators of the tangents of the
+    // outer angles, each in its angle's lane.
+    _vec4 sine, num, den, outer, middle;
+    switch (order) {
+    case kXYZ:
+    case kXYZOdd:
+        outer = kLanesXZ, middle = kLaneY;
+        sine = negate(x * z - y * w);
+        num = shuffle<0, 0, 0, 0>(y * z + x * w, w * z + x * y);
+        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, x));
+        break;
+    case kXZY:
+    case kXZYOdd:
+        outer = kLanesXY, middle = kLaneZ;
+        sine = x * y + w * z;
+        num = interleaveFirst(w * x - y * z, w * y - x * z);
+        den = interleaveFirst(halfCosine(w, y), halfCosine(w, x));
+        break;
+    case kYZX:
+    case kYZXOdd:
+        outer = kLanesXY, middle = kLaneZ;
+        sine = negate(x * y - w * z);
+        num = interleaveFirst(x * w + y * z, x * z + y * w);
+        den = interleaveFirst(halfCosine(w, y), (kHalf - y * y) - z * z);
+        break;
+    case kYXZ:
+    case kYXZOdd:
+        outer = kLanesYZ, middle = kLaneX;
+        sine = y * z + w * x;
+        num = shuffle<0, 0, 0, 0>(w * y - x * z, w * z - x * y);
+        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, y));
+        break;
+    case kZXY:
+    case kZXYOdd:
+        outer = kLanesYZ, middle = kLaneX;
+        sine = negate(y * z - w * x);
+        num = shuffle<0, 0, 0, 0>(w * y + x * z, w * z + x * y);
+        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, y));
+        break;
+    case kZYX:
+    case kZYXOdd:
+        outer = kLanesXZ, middle = kLaneY;
+        sine = x * z + w * y;
+        num = shuffle<0, 0, 0, 0>(w * x - y * z, w * z - x * y);
+        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, x));
+        break;
+    case kTwistSwing:
+        return anglesOfTwistSwing(q);
+    default:
+        return zero();
+    }
+    if (lane0(magnitude(sine)) >= kLocked)
+        return lockedAngles(order, q, sine);
+    return bitOr(bitAnd(arctangent2(num, den), outer), bitAnd(asinPoly(sine + sine), middle));
+}
+
+}  // namespace qvr
