@@ -65,7 +65,7 @@ QVR_INLINE _vec4 quaternionOfXYZ(HalfAngles half) noexcept
     auto const [s, c] = half;
     constexpr _simd_const<0x80000000u, 0u, 0x80000000u, 0u> kFlipXZ;
     _vec4 const ofX = shuffle<0, 0, 0, 0>(c, s);
-    _vec4 const ofZ = shuffle<2, 0, 0, 2>(shuffle<2, 2, 2, 2>(s, c));
+    _vec4 const ofZ = shuffle<0, 2, 2, 0>(shuffle<2, 2, 2, 2>(s, c));
     _vec4 const outer = ofZ * ofX;  // s2 c0, c2 c0, c2 s0, s2 s0
     return bitXor(broadcastLane<1>(s), kFlipXZ) * outer +
            broadcastLane<1>(c) * shuffle<2, 3, 0, 1>(outer);

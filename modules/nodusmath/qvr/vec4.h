@@ -19,13 +19,17 @@ struct _vec4 {
 static_assert(alignof(_vec4) == 16);
 
 // A constant by its four bit patterns, from lane 0 to lane 3; one object for each distinct pattern.
-template <std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t w> struct _simd_const {
-    alignas(16) static constexpr std::uint32_t bits[4] = {x, y, z, w};
-
+template <std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t w> class _simd_const {
+public:
     QVR_INLINE operator _vec4() const noexcept
     {
-        return {_mm_load_ps(reinterpret_cast<float const*>(bits))};
+        return {_mm_load_ps(reinterpret_cast<float const*>(s_bits))};
     }
+
+private:
+    // Nothing writes them, yet they are not const: GCC replaces a const whose lanes are equal by a
+    // scalar load and a shuffle at every use, where a plain memory operand would do.
+    alignas(16) static inline constinit std::uint32_t s_bits[4] = {x, y, z, w};
 };
 template <std::uint32_t bits> using _simd_splat = _simd_const<bits, bits, bits, bits>;
 
