@@ -11,7 +11,7 @@ inline constexpr _simd_splat<0x40400000u> kThree;  // 3
 // What:   a . b over all four lanes, in every lane; lanes x and z sum it as (p0 + p1) + (p2 + p3),
 //         lanes y and w as (p1 + p2) + (p3 + p0), so neighbours may differ in the last bit.
 // Range:  every input; nothing guards the squares against overflow or underflow.
-// Error:  three roundings after those of the products: at most 4 * 2^-24 of |a| . |b|.
+// Error:  a rounding of each product and two of sums: 3 * 2^-24 of |a| |b|.
 // Edge:   a NaN, or infinities that cancel, in any lane gives NaN in every lane.
 QVR_INLINE _vec4 dot4(_vec4 a, _vec4 b) noexcept
 {
@@ -32,7 +32,7 @@ QVR_INLINE _vec4 cross(_vec4 a, _vec4 b) noexcept
 
 // What:   v over its length, by the processor's estimate and one Newton step.
 // Range:  squared lengths from 2^-126, the smallest normal number, to below 2^128.
-// Error:  the length is 1 within 5e-7 (bound of the estimate, squared, and the roundings).
+// Error:  the length is 1 within 3e-7, most of it the square of the estimate's error.
 // Edge:   no zero test: a squared length of 0 or infinity, or a NaN, gives NaN in all four lanes.
 QVR_INLINE _vec4 normalizeFast(_vec4 v) noexcept
 {
