@@ -9,15 +9,12 @@ using namespace nodusmath;
 
 namespace {
 
-template <typename T> struct AxisAndAngle {
-    T axis;
-    Float angle;
-};
-
-template <typename T> AxisAndAngle<T> quaternionToAxisAndAngle(Quaternion const& rotation) noexcept
+template <typename T>
+void quaternionToAxisAndAngle(Quaternion const& rotation, T& axis, Float& angle) noexcept
 {
     qvr::_vec4 const q = lanesOf(rotation);
-    return {portOf<T>(qvr::axisOf(q)), qvr::lane0(qvr::angleOf(q))};
+    axis = portOf<T>(qvr::axisOf(q));
+    angle = qvr::lane0(qvr::angleOf(q));
 }
 
 }  // namespace

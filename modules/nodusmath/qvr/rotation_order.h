@@ -99,48 +99,44 @@ QVR_INLINE _vec4 quaternionOfTwistSwing(HalfAngles half) noexcept
 
 QVR_INLINE _vec4 halfCosine(_vec4 w, _vec4 q) noexcept { return (w * w - kHalf) + q * q; }
 
-// The middle angle is a quarter turn, of the sign of its sine: one outer angle is set to 0, the
-// other takes the whole rest of the rotation.
-QVR_INLINE _vec4 lockedAngles(std::int32_t order, _vec4 q, _vec4 sine) noexcept
+// What the outer angles are read off: numerators and denominators of their tangents, in the lanes
+// of the angles, what the angles are multiplied by, and the mask of the lanes.
+struct OuterAngles {
+    _vec4 num, den, factor, lanes;
+};
+
+// The middle angle is a quarter turn, positive or negative: one outer angle is 0, the other takes
+// the whole rest of the rotation.
+QVR_INLINE OuterAngles lockedAngles(std::int32_t order, _vec4 q, bool positive) noexcept
 {
+    constexpr _simd_splat<0x40000000u> kTwo;       // 2
+    constexpr _simd_splat<0xC0000000u> kMinusTwo;  // -2
     _vec4 const x = broadcastLane<0>(q), y = broadcastLane<1>(q);
     _vec4 const z = broadcastLane<2>(q), w = broadcastLane<3>(q);
-    _vec4 const quarter = bitOr(kHalfPi, signOf(sine));
-    bool const positive = lane0(sine) > 0;
-    _vec4 num, den, turning, locked;
     switch (order & ~1) {
     case kXYZ:
-        turning = kLaneX, locked = kLaneY;
-        num = positive ? x * y - z * w : x * w - y * z;
-        den = positive ? halfCosine(w, y) : negate(x * z) - y * w;
-        break;
-    case kXZY: {
-        _vec4 const half = arctangent2(x, w);
-        _vec4 const whole = half + half;
-        return bitOr(bitAnd(positive ? whole : negate(whole), kLaneY), bitAnd(quarter, kLaneZ));
-    }
+        if (positive)
+            return {x * y - z * w, halfCosine(w, y), kOne, kLaneX};
+        return {x * w - y * z, negate(x * z) - y * w, kOne, kLaneX};
+    case kXZY:
+        return {x, w, positive ? _vec4(kTwo) : _vec4(kMinusTwo), kLaneY};
     case kYZX:
-        turning = kLaneX, locked = kLaneZ;
-        num = positive ? x * z - y * w : y * w - x * z;
-        den = positive ? x * y + z * w : negate(x * y) - z * w;
-        break;
+        if (positive)
+            return {x * z - y * w, x * y + z * w, kOne, kLaneX};
+        return {y * w - x * z, negate(x * y) - z * w, kOne, kLaneX};
     case kYXZ:
-        turning = kLaneZ, locked = kLaneX;
-        num = positive ? x * z + y * w : negate(x * z) - y * w;
-        den = positive ? x * w - y * z : y * z - x * w;
-        break;
+        if (positive)
+            return {x * z + y * w, x * w - y * z, kOne, kLaneZ};
+        return {negate(x * z) - y * w, y * z - x * w, kOne, kLaneZ};
     case kZXY:
-        turning = kLaneY, locked = kLaneX;
-        num = y * w - x * z;
-        den = positive ? x * w + y * z : negate(x * w) - y * z;
-        break;
+        if (positive)
+            return {y * w - x * z, x * w + y * z, kOne, kLaneY};
+        return {y * w - x * z, negate(x * w) - y * z, kOne, kLaneY};
     default:
-        turning = kLaneZ, locked = kLaneY;
-        num = positive ? x * w + y * z : negate(x * w) - y * z;
-        den = positive ? y * w - x * z : x * z - y * w;
-        break;
+        if (positive)
+            return {x * w + y * z, y * w - x * z, kOne, kLaneZ};
+        return {negate(x * w) - y * z, x * z - y * w, kOne, kLaneZ};
     }
-    return bitOr(bitAnd(arctangent2(num, den), turning), bitAnd(quarter, locked));
 }
 
 // Twist and swing of quaternionOfTwistSwing. The twist is read off the lanes as they came; w near 0
@@ -224,60 +220,67 @@ QVR_INLINE _vec4 anglesOfQuaternion(std::int32_t order, _vec4 q) noexcept
     _vec4 const x = broadcastLane<0>(q), y = broadcastLane<1>(q);
     _vec4 const z = broadcastLane<2>(q), w = broadcastLane<3>(q);
 
-    // Half the sine of the middle angle, and numerators and denominators of the tangents of the
-    // outer angles, each in its angle's lane.
-    _vec4 sine, num, den, outer, middle;
+    // Half the sine of the middle angle, and the lane of that.
+    _vec4 sine, middle;
+    OuterAngles outer;
+    outer.factor = kOne;
     switch (order) {
     case kXYZ:
     case kXYZOdd:
-        outer = kLanesXZ, middle = kLaneY;
+        outer.lanes = kLanesXZ, middle = kLaneY;
         sine = negate(x * z - y * w);
-        num = shuffle<0, 0, 0, 0>(y * z + x * w, w * z + x * y);
-        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, x));
+        outer.num = shuffle<0, 0, 0, 0>(y * z + x * w, w * z + x * y);
+        outer.den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, x));
         break;
     case kXZY:
     case kXZYOdd:
-        outer = kLanesXY, middle = kLaneZ;
+        outer.lanes = kLanesXY, middle = kLaneZ;
         sine = x * y + w * z;
-        num = interleaveFirst(w * x - y * z, w * y - x * z);
-        den = interleaveFirst(halfCosine(w, y), halfCosine(w, x));
+        outer.num = interleaveFirst(w * x - y * z, w * y - x * z);
+        outer.den = interleaveFirst(halfCosine(w, y), halfCosine(w, x));
         break;
     case kYZX:
     case kYZXOdd:
-        outer = kLanesXY, middle = kLaneZ;
+        outer.lanes = kLanesXY, middle = kLaneZ;
         sine = negate(x * y - w * z);
-        num = interleaveFirst(x * w + y * z, x * z + y * w);
-        den = interleaveFirst(halfCosine(w, y), (kHalf - y * y) - z * z);
+        outer.num = interleaveFirst(x * w + y * z, x * z + y * w);
+        outer.den = interleaveFirst(halfCosine(w, y), (kHalf - y * y) - z * z);
         break;
     case kYXZ:
     case kYXZOdd:
-        outer = kLanesYZ, middle = kLaneX;
+        outer.lanes = kLanesYZ, middle = kLaneX;
         sine = y * z + w * x;
-        num = shuffle<0, 0, 0, 0>(w * y - x * z, w * z - x * y);
-        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, y));
+        outer.num = shuffle<0, 0, 0, 0>(w * y - x * z, w * z - x * y);
+        outer.den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, y));
         break;
     case kZXY:
     case kZXYOdd:
-        outer = kLanesYZ, middle = kLaneX;
+        outer.lanes = kLanesYZ, middle = kLaneX;
         sine = negate(y * z - w * x);
-        num = shuffle<0, 0, 0, 0>(w * y + x * z, w * z + x * y);
-        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, y));
+        outer.num = shuffle<0, 0, 0, 0>(w * y + x * z, w * z + x * y);
+        outer.den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, y));
         break;
     case kZYX:
     case kZYXOdd:
-        outer = kLanesXZ, middle = kLaneY;
+        outer.lanes = kLanesXZ, middle = kLaneY;
         sine = x * z + w * y;
-        num = shuffle<0, 0, 0, 0>(w * x - y * z, w * z - x * y);
-        den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, x));
+        outer.num = shuffle<0, 0, 0, 0>(w * x - y * z, w * z - x * y);
+        outer.den = shuffle<0, 0, 0, 0>(halfCosine(w, z), halfCosine(w, x));
         break;
     case kTwistSwing:
         return anglesOfTwistSwing(q);
     default:
         return zero();
     }
-    if (lane0(magnitude(sine)) >= kLocked)
-        return lockedAngles(order, q, sine);
-    return bitOr(bitAnd(arctangent2(num, den), outer), bitAnd(asinPoly(sine + sine), middle));
+    _vec4 middleAngle;
+    if (lane0(magnitude(sine)) >= kLocked) {
+        middleAngle = bitOr(kHalfPi, signOf(sine));
+        outer = lockedAngles(order, q, lane0(sine) > 0);
+    } else {
+        middleAngle = asinPoly(sine + sine);
+    }
+    _vec4 const angles = arctangent2(outer.num, outer.den) * outer.factor;
+    return bitOr(bitAnd(angles, outer.lanes), bitAnd(middleAngle, middle));
 }
 
 }  // namespace qvr
