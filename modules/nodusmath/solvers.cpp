@@ -101,6 +101,7 @@ constexpr Family kFamilies[] = {
     {"TransformInverseTQS", ""},
     {"TransformPositionWithTQS", ""},
     {"TransformTQS", ""},
+    {"RandomGenerator", "Bool UInt8 Int32 Float Float4 Quaternion Color"},
 };
 
 constexpr std::string_view kNames[] = {

@@ -36,6 +36,13 @@ std::vector<std::string> const kOtherExports = {
     "nodusmath_unloadModule",
     "_ZZNK5nodus6StringcvRKSsEvE7s_Empty",
     "_ZGVZNK5nodus6StringcvRKSsEvE7s_Empty",
+    "_ZNK3qvr15CGRotationOrder3V2QERKNS_5_vec4E",
+    "_ZNK3qvr15CGRotationOrder3Q2VERKNS_5_vec4E",
+    "QvEulerAxis",
+    "_ZN21CRandomNumberSequenceC1Ei",
+    "_ZN21CRandomNumberSequenceC2Ei",
+    "_ZNK21CRandomNumberSequenceixEi",
+    "_ZN21CRandomNumberSequence7AdvanceEii",
 };
 
 class Module : public testing::Test {

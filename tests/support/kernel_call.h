@@ -55,7 +55,7 @@ Out callOver(Out const& before, Kernel* kernel, Ports const&... ports)
     auto const inBefore = in.bytes();
     auto const outBefore = out.bytes();
 
-    kernel(in.data(), out.data());
+    (*kernel)(in.data(), out.data());
 
     EXPECT_EQ(in.bytes(), inBefore) << "the kernel wrote to its input block";
     EXPECT_TRUE(

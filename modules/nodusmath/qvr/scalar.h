@@ -7,6 +7,7 @@
 #include <bit>
 #include <concepts>
 #include <cstdint>
+#include <limits>
 
 #define QVR_INLINE [[gnu::always_inline]] inline
 
@@ -92,7 +93,8 @@ QVR_INLINE double zeroForZero(double v, double result) noexcept
 }
 
 // To a 32-bit integer, ties to even or towards zero. What no such integer is near, NaN and the
-// infinities among it, gives the lowest one, -2147483648.
+// infinities among it, gives kNoInteger.
+inline constexpr std::int32_t kNoInteger = std::numeric_limits<std::int32_t>::min();
 QVR_INLINE std::int32_t toIntNearest(float v) noexcept { return _mm_cvtss_si32(inLane0(v)); }
 QVR_INLINE std::int32_t toIntTruncating(float v) noexcept { return _mm_cvttss_si32(inLane0(v)); }
 QVR_INLINE std::int32_t toIntTruncating(double v) noexcept { return _mm_cvttsd_si32(inLane0(v)); }

@@ -58,6 +58,10 @@ QVR_INLINE _vec4 loadTriple(float const* from) noexcept
 {
     return {_mm_movelh_ps(loadPair(from).lanes, _mm_load_ss(from + 2))};
 }
+QVR_INLINE _vec4 loadPairs(float const* first, float const* last) noexcept
+{
+    return {_mm_movelh_ps(loadPair(first).lanes, loadPair(last).lanes)};
+}
 QVR_INLINE void storeTriple(float* to, _vec4 v) noexcept
 {
     storePair(to, v);
@@ -66,6 +70,10 @@ QVR_INLINE void storeTriple(float* to, _vec4 v) noexcept
 
 QVR_INLINE _vec4 zero() noexcept { return {_mm_setzero_ps()}; }
 QVR_INLINE _vec4 broadcast(float value) noexcept { return {_mm_set1_ps(value)}; }
+// One number in every lane of a float or of four, for formulas that serve both.
+template <typename Lanes> Lanes splat(float value) noexcept = delete;
+template <> QVR_INLINE float splat<float>(float value) noexcept { return value; }
+template <> QVR_INLINE _vec4 splat<_vec4>(float value) noexcept { return broadcast(value); }
 QVR_INLINE float lane0(_vec4 v) noexcept { return _mm_cvtss_f32(v.lanes); }
 template <int lane> QVR_INLINE float laneOf(_vec4 v) noexcept { return v.lanes[lane]; }
 
