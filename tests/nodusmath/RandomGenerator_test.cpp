@@ -39,7 +39,7 @@ template <typename T> constexpr Kernels<T> kKernels{};
     constexpr Kernels<Type> kKernels<Type> = {NodusRandomGenerator_##Type##_Init,                  \
                                               NodusRandomGenerator_##Type##_Solve,                 \
                                               {uniform, normal},                                   \
-                                              {__VA_ARGS__}};
+                                              Type{__VA_ARGS__}};
 KERNELS(Bool, 1, 1, 0)
 KERNELS(UInt8, 1, 2, 100)
 KERNELS(Int32, 1, 2, -1000)
@@ -283,6 +283,12 @@ TEST(RandomGenerator, EdgesOfPorts)
         EXPECT_TRUE(std::isnan(Node<Float>{.distribution = distribution, .value = kNaN}.at(1)));
         EXPECT_TRUE(
             std::isinf(Node<Float>{.distribution = distribution, .range = kInfinity}.at(1)));
+        for (float const end : {kInfinity, -kInfinity}) {  // one limit is NaN, the other infinite
+            Node<Float> float1{.distribution = distribution, .value = end, .range = kInfinity};
+            Node<Float4> float4{.distribution = distribution, .range = kInfinity};
+            float4.value.z = end;
+            EXPECT_TRUE(std::isnan(float1.at(1)) && std::isnan(float4.at(1).z)) << end;
+        }
         Node<Quaternion> turn{.distribution = distribution, .range = kNaN};
         EXPECT_TRUE(std::isnan(turn.at(1).w));
     }
