@@ -19,6 +19,7 @@ namespace qvr {
 
 namespace rotationOrder {
 
+// The axes in the order in which they are applied.
 enum Order : std::int32_t {
     kXYZ,
     kXYZOdd,
@@ -35,8 +36,8 @@ enum Order : std::int32_t {
     kTwistSwing
 };
 
-// Twice this, the sine of the middle angle, and more is taken for a quarter turn: there the two
-// outer axes fall together. 0.49999899, which leaves about 0.002 rad.
+// From here on half the sine of the middle angle is taken for that of a quarter turn, where the two
+// outer axes fall together: 0.49999899, within about 0.002 rad.
 inline constexpr float kLocked = std::bit_cast<float>(0x3EFFFFDEu);
 
 // 9.99999997e-7: 1e-6, rounded.
@@ -97,6 +98,7 @@ QVR_INLINE _vec4 quaternionOfTwistSwing(HalfAngles half) noexcept
     return normalizeFast(outer * ones + bitXor(cross, kSigns));
 }
 
+// w^2 + q^2 - 1/2, the denominator of most tangents: half the diagonal element of the matrix.
 QVR_INLINE _vec4 halfCosine(_vec4 w, _vec4 q) noexcept { return (w * w - kHalf) + q * q; }
 
 // What the outer angles are read off: numerators and denominators of their tangents, in the lanes
