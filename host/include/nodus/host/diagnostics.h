@@ -1,0 +1,68 @@
+// Faults in words: every fault is one line, and all faults that can be found are told at once.
+#pragma once
+
+#include <exception>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nodus::host {
+
+// Wrong input, wrong usage, or a file that cannot be read or written: what the user can put right.
+// Each line stands for itself; none is empty and none ends in a line break.
+class Fault : public std::exception {
+public:
+    explicit Fault(std::string line) : m_lines{std::move(line)} {}
+    explicit Fault(std::vector<std::string> lines) : m_lines(std::move(lines)) {}
+
+    std::vector<std::string> const& lines() const noexcept { return m_lines; }
+    char const* what() const noexcept override { return m_lines.front().c_str(); }
+
+private:
+    std::vector<std::string> m_lines;
+};
+
+// Collects the faults of one undertaking, in the order in which they should be read.
+class Diagnostics {
+public:
+    void add(std::string line) { m_lines.push_back(std::move(line)); }
+    void add(Fault const& fault);
+    bool empty() const { return m_lines.empty(); }
+    std::vector<std::string> const& lines() const { return m_lines; }
+
+    // Throws everything collected as one Fault; does nothing when there is nothing.
+    void throwIfAny() const;
+
+private:
+    std::vector<std::string> m_lines;
+};
+
+// What went wrong in a system call, in words: "No space left on device".
+std::string systemError(int number);
+
+// The text on one line of readable characters: control characters become '?'.
+std::string printable(std::string_view text);
+
+// "a, b or c"; nothing for an empty list. At most eight are named.
+std::string alternatives(std::vector<std::string_view> const& names);
+
+// The known name nearest to a misspelt one, if any is near: "; did you mean 'axis'?", else nothing.
+template <typename Names> std::string didYouMean(std::string_view wrong, Names const& known);
+
+// How one text becomes the other: insertions, deletions, replacements and swaps of neighbours, with
+// the case of letters counted for nothing. Gives up and returns limit when it takes that many.
+std::size_t editDistance(std::string_view a, std::string_view b, std::size_t limit);
+
+template <typename Names> std::string didYouMean(std::string_view wrong, Names const& known)
+{
+    std::string_view nearest;
+    std::size_t best = wrong.size() < 3 ? 1 : wrong.size() < 5 ? 2 : wrong.size() < 9 ? 3 : 4;
+    for (std::string_view const name : known)
+        if (std::size_t const distance = editDistance(wrong, name, best); distance < best) {
+            best = distance;
+            nearest = name;
+        }
+    return nearest.empty() ? "" : "; did you mean '" + std::string(nearest) + "'?";
+}
+
+}  // namespace nodus::host

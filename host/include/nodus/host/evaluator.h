@@ -1,0 +1,54 @@
+// Evaluating a plan: one evaluator per thread, each with an arena and workspaces of its own.
+#pragma once
+
+#include "nodus/host/plan.h"
+#include "nodus/runtime/EvaluationScope.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <span>
+#include <vector>
+
+namespace nodus::host {
+
+// For one thread at a time. The plan and the log service outlive it.
+class Evaluator {
+public:
+    // log: where the messages of logging nodes go, or null. While a message is sent,
+    // runtime::GetCurrentFrame() is the frame it belongs to; within a block of frames the messages
+    // of one node come together.
+    Evaluator(Plan const& plan, runtime::LogService* log);
+    ~Evaluator();
+    Evaluator(Evaluator const&) = delete;
+    Evaluator& operator=(Evaluator const&) = delete;
+
+    // Evaluates up to plan.framesPerBlock frames. Values of columns and pixels have been written to
+    // their places before; the frames themselves are written here.
+    void evaluate(std::span<std::int32_t const> frames);
+
+    // For frame i of the last block. Valid until the next call of evaluate.
+    std::byte* at(Place place, std::size_t i) { return m_arena + place.offset + i * place.stride; }
+    std::byte const* at(Place place, std::size_t i) const
+    {
+        return m_arena + place.offset + i * place.stride;
+    }
+
+    Plan const& plan() const { return m_plan; }
+
+private:
+    struct Free {
+        void operator()(std::byte* arena) const;
+    };
+
+    void call(Step const& step, std::span<std::int32_t const> frames,
+              runtime::EvaluationScope& scope);
+
+    Plan const& m_plan;
+    std::unique_ptr<std::byte, Free> m_memory;
+    std::byte* m_arena;
+    runtime::LocalServiceTable m_services;
+    bool m_isInitialised = false;
+};
+
+}  // namespace nodus::host

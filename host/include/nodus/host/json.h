@@ -1,0 +1,48 @@
+// JSON files as the host reads them: in file order, numbers exactly as written, repeated keys and
+// deep nesting refused.
+#pragma once
+
+#include "nodus/host/diagnostics.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace nodus::host {
+
+struct JsonValue {
+    enum class Kind : std::uint8_t { null, boolean, integer, real, text, array, object };
+
+    JsonValue() = default;
+    explicit JsonValue(Kind what) : kind(what) {}
+
+    Kind kind = Kind::null;
+    bool boolean = false;
+    std::int64_t integer = 0;
+    std::string text;               // of a text; of a real, the number as it was written
+    std::vector<std::string> keys;  // of an object, one for each item
+    std::vector<JsonValue> items;
+
+    bool is(Kind wanted) const { return kind == wanted; }
+    bool isNumber() const { return kind == Kind::integer || kind == Kind::real; }
+
+    // The member of that name, or null. Takes time in proportion to the number of members.
+    JsonValue const* member(std::string_view key) const;
+
+    // "text", "a number", "an array of 3": what stands there, for messages.
+    std::string describe() const;
+};
+
+// Reads a text as JSON. Faults, with the origin in front of each: what is wrong at which line and
+// column (then there is nothing to return), and every key that one object has twice. A number
+// beyond any double is a fault.
+std::optional<JsonValue> parseJson(std::string_view text, std::string const& origin,
+                                   Diagnostics& diagnostics);
+
+// The same for a file of at most one gigabyte.
+std::optional<JsonValue> readJsonFile(std::string const& path, Diagnostics& diagnostics);
+
+}  // namespace nodus::host

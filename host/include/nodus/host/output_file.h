@@ -1,0 +1,46 @@
+// Result files that appear whole or not at all.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace nodus::host {
+
+// What is written stays invisible until commit puts it in the place of the target; without commit
+// nothing changes, whatever ends the process. A target that exists and is no regular file (a pipe,
+// a device) is written directly. Not for more than one thread at a time. Faults name the target.
+class OutputFile {
+public:
+    // Throws Fault when the target cannot be written.
+    static OutputFile open(std::string const& target);
+    // An open descriptor that is written directly and stays open; name is for messages.
+    static OutputFile onDescriptor(int descriptor, std::string name);
+
+    OutputFile(OutputFile&&) noexcept;
+    OutputFile& operator=(OutputFile&&) = delete;
+    ~OutputFile();
+
+    // Collects small pieces. Throws Fault when the system cannot take them.
+    void write(std::string_view text);
+    void flush();
+
+    // Everything is written, the file stands under its name.
+    void commit();
+
+private:
+    OutputFile() = default;
+    void writeThrough(std::string_view text);
+    [[noreturn]] void fail(int error) const;
+    void rename();
+
+    std::string m_target, m_folder, m_temporary, m_pending;
+    int m_descriptor = -1;
+    bool m_isDirect = false, m_ownsDescriptor = false;
+};
+
+// Removes what a process that is being interrupted would leave behind. For signal handlers: calls
+// nothing that is not safe there.
+void removeUnfinishedFiles() noexcept;
+
+}  // namespace nodus::host

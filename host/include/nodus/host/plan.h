@@ -1,0 +1,85 @@
+// A graph compiled for evaluation: flat lists of kernel calls and moves over one arena.
+//
+// The arena holds the blocks of every node for a number of frames at once, the blocks of one node
+// side by side. Evaluation takes node by node and for each all the frames, so that a kernel's code
+// stays hot. Where a block's place is free to choose it saves the move: a node with one input reads
+// its source's output where it lies, and an output that feeds the beginning of an input block is
+// written there.
+#pragma once
+
+#include "nodus/host/graph.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace nodus::host {
+
+// Something in the arena: for frame i of a block at offset + i * stride.
+struct Place {
+    std::size_t offset = 0;
+    std::size_t stride = 0;
+};
+
+// One type's worth of bytes (or a shared text) from one place to another.
+struct Move {
+    Place from, to;
+    TypeId type;
+};
+
+struct Step {
+    Solve solve;                            // null for a node with a workspace
+    SolveWithWorkspace solveWithWorkspace;  // null for all others
+    InitWorkspace init;
+    Place in, out;
+    std::size_t workspace;
+    std::size_t outExtent;  // set to zero before each call; 0 where the output is a text
+    std::size_t firstMove, moveCount;
+};
+
+// Values that the caller writes before each block of frames.
+struct PlanSource {
+    Source::Kind kind;  // never node
+    std::size_t column;
+    ValueType const* type;
+    Place place;
+};
+
+struct PlanOutput {
+    std::string name;
+    ValueType const* type;
+    Place place;
+};
+
+struct Plan {
+    // Bytes that are the same in every frame, written once when an arena is made.
+    struct Constant {
+        Place place;
+        std::size_t begin, size;  // in constantBytes
+    };
+    // A String object that lives as long as the arena.
+    struct Text {
+        Place place;
+        std::optional<std::size_t> constant;  // in constantTexts
+    };
+
+    std::vector<Step> steps;
+    std::vector<Move> moves;
+    std::vector<PlanSource> sources;
+    std::vector<PlanOutput> outputs;
+    std::vector<Constant> constants;
+    std::vector<std::byte> constantBytes;
+    std::vector<Text> texts;
+    std::vector<std::string> constantTexts;
+    std::size_t framesPerBlock = 1;
+    std::size_t arenaSize = 0;
+};
+
+// Compiles a checked graph. framesPerBlock 0: as many as keep the arena in a core's own cache, from
+// 1 to 64. The result refers to the catalogue, not to the graph; it is immutable, and any number of
+// evaluators on any threads may share it.
+Plan compile(Graph const& graph, std::size_t framesPerBlock = 0);
+
+}  // namespace nodus::host

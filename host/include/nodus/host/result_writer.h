@@ -1,0 +1,58 @@
+// Results as text: CSV with a column a lane, or JSON lines with a member a port.
+#pragma once
+
+#include "nodus/host/evaluator.h"
+#include "nodus/host/plan.h"
+#include "nodus/host/text_buffer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace nodus::host {
+
+enum class ResultFormat { csv, jsonLines };
+
+// By the extension of the file, ".csv" or ".jsonl". Throws Fault for any other.
+ResultFormat resultFormatOf(std::string const& path);
+
+// Immutable; any number of threads may write with it. The plan outlives it.
+class ResultWriter {
+public:
+    ResultWriter(Plan const& plan, ResultFormat format);
+
+    // The line before all others; empty for JSON lines.
+    std::string header() const { return m_header; }
+
+    // Appends the line of frame i of the evaluator's last block.
+    void append(Evaluator const& evaluator, std::size_t i, std::int32_t frame,
+                TextBuffer& to) const;
+
+    // About how long a line is.
+    std::size_t typicalLine() const { return m_fixedSize / 2 + 16; }
+
+private:
+    struct Cell {
+        Place place;
+        TypeId type;         // of the lane
+        std::string before;  // what stands between the lane before and this one
+    };
+
+    void addCells(PlanOutput const& output);
+    void appendText(std::string_view text, TextBuffer& to) const;
+    template <typename Real> void appendReal(Real value, TextBuffer& to) const;
+
+    ResultFormat m_format;
+    std::vector<Cell> m_cells;
+    std::string m_header, m_start, m_end;
+    std::size_t m_fixedSize = 0;  // room for a line without its texts
+};
+
+// A text as a field of a CSV line: in quotes where it has to be.
+std::string csvField(std::string_view text);
+
+// A text as JSON, in quotes.
+std::string jsonText(std::string_view text);
+
+}  // namespace nodus::host

@@ -1,0 +1,111 @@
+// Tables: CSV files with a header line, read as a stream.
+#pragma once
+
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/evaluator.h"
+#include "nodus/host/text_buffer.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace nodus::host {
+
+// Rows as they stand in the file, copied out of the reader.
+struct TableRows {
+    struct Row {
+        std::size_t end;     // in text; it begins where the row before ends
+        std::uint64_t line;  // in the file, counted from 1
+    };
+    TextBuffer text;
+    std::vector<Row> rows;
+
+    void clear()
+    {
+        text.clear();
+        rows.clear();
+    }
+    std::string_view row(std::size_t i) const
+    {
+        std::size_t const begin = i == 0 ? 0 : rows[i - 1].end;
+        return text.view().substr(begin, rows[i].end - begin);
+    }
+};
+
+// Reads rows in order, for one thread at a time. Lines end in LF or CR LF, fields may be in quotes,
+// a byte order mark before the header and blank lines behind the last row are skipped. Memory does
+// not grow with the table. Every fault is thrown as a Fault that names the file, and the line.
+class TableReader {
+public:
+    // Opens the file and reads the header: at least one column, no two of one name.
+    explicit TableReader(std::string path);
+    ~TableReader();
+    TableReader(TableReader const&) = delete;
+    TableReader& operator=(TableReader const&) = delete;
+
+    std::string const& path() const { return m_path; }
+    std::vector<std::string> const& columns() const { return m_columns; }
+    std::uint64_t rowsRead() const { return m_rowsRead; }
+
+    // How much of the file has been read, 0 to 1; 0 when it has no size to tell.
+    double fractionRead() const;
+
+    // Adds the next row; false when there is none.
+    bool readRow(TableRows& rows);
+    // Passes over a row; false when there is none.
+    bool skipRow();
+
+private:
+    struct Line {
+        std::string_view text;
+        std::uint64_t number;
+    };
+    std::optional<Line> nextLine();
+    std::optional<Line> nextRow();
+    bool refill();
+    void readHeader();
+
+    std::string m_path;
+    std::vector<std::string> m_columns;
+    int m_file = -1;
+    std::unique_ptr<char[]> m_buffer;
+    std::size_t m_capacity = 0, m_begin = 0, m_end = 0;
+    bool m_atEnd = false;
+    bool m_hasQuotes = false;  // anywhere between begin and end
+    std::uint64_t m_line = 1, m_rowsRead = 0, m_bytesRead = 0, m_fileSize = 0;
+    // Blank lines are rows only when a row follows.
+    std::uint64_t m_blankLines = 0;
+    std::optional<Line> m_afterBlank;
+    std::string m_kept;
+};
+
+// Takes the fields that a plan asks for out of rows. Immutable; for any number of threads.
+class TableParser {
+public:
+    TableParser(TableReader const& reader, Plan const& plan);
+
+    // Writes the values of a row to their places for frame i of the evaluator's next block. Adds a
+    // fault for each field that is wrong and for a row of the wrong length.
+    void parse(std::string_view row, std::uint64_t line, Evaluator& evaluator, std::size_t i,
+               Diagnostics& diagnostics) const;
+
+private:
+    struct Target {
+        std::size_t column;
+        ValueType const* type;
+        Place place;
+    };
+
+    void store(std::string_view field, Target const& target, std::uint64_t line, std::byte* to,
+               Diagnostics& diagnostics) const;
+
+    std::string m_path;
+    std::vector<std::string> m_columns;
+    std::vector<Target> m_targets;  // by column
+};
+
+}  // namespace nodus::host

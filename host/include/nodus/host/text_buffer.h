@@ -1,0 +1,66 @@
+// A growing stretch of text that is filled, written and filled again without giving memory back.
+#pragma once
+
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+namespace nodus::host {
+
+// Not for more than one thread at a time.
+class TextBuffer {
+public:
+    void clear() { m_size = 0; }
+    std::size_t size() const { return m_size; }
+    std::string_view view() const { return {m_text.get(), m_size}; }
+
+    // Makes room for more characters, which appendUnchecked then takes without looking.
+    void reserve(std::size_t more)
+    {
+        if (m_size + more > m_capacity)
+            grow(more);
+    }
+
+    void append(std::string_view text)
+    {
+        reserve(text.size());
+        appendUnchecked(text);
+    }
+    void appendUnchecked(std::string_view text)
+    {
+        std::memcpy(m_text.get() + m_size, text.data(), text.size());
+        m_size += text.size();
+    }
+    void appendUnchecked(char c) { m_text[m_size++] = c; }
+
+    // The shortest digits that read back as the same number; 32 characters are enough for any.
+    template <typename Number> void appendNumberUnchecked(Number number)
+    {
+        char* const from = m_text.get() + m_size;
+        m_size += static_cast<std::size_t>(std::to_chars(from, from + 32, number).ptr - from);
+    }
+    template <typename Number> void appendNumber(Number number)
+    {
+        reserve(32);
+        appendNumberUnchecked(number);
+    }
+
+private:
+    void grow(std::size_t more)
+    {
+        std::size_t const capacity =
+            2 * m_capacity > m_size + more ? 2 * m_capacity : m_size + more;
+        std::unique_ptr<char[]> text(new char[capacity]);
+        if (m_size != 0)
+            std::memcpy(text.get(), m_text.get(), m_size);
+        m_text = std::move(text);
+        m_capacity = capacity;
+    }
+
+    std::unique_ptr<char[]> m_text;
+    std::size_t m_size = 0, m_capacity = 0;
+};
+
+}  // namespace nodus::host

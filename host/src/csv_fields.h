@@ -1,0 +1,98 @@
+// Taking a CSV row apart.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace nodus::host {
+
+inline std::string_view withoutBlanks(std::string_view field)
+{
+    while (!field.empty() && (field.front() == ' ' || field.front() == '\t'))
+        field.remove_prefix(1);
+    while (!field.empty() && (field.back() == ' ' || field.back() == '\t'))
+        field.remove_suffix(1);
+    return field;
+}
+
+// From field to field. Blanks around a field without quotes do not belong to it.
+class FieldWalk {
+public:
+    explicit FieldWalk(std::string_view row) : m_next(row.data()), m_end(row.data() + row.size()) {}
+
+    // False behind the last field. scratch keeps a field whose quotes had to be taken out.
+    bool next(std::string& scratch)
+    {
+        if (m_next == nullptr)
+            return false;
+        char const* const begin = m_next;
+        char const* comma = begin;
+        while (comma != m_end && *comma != ',' && *comma != '"')
+            ++comma;
+        if (comma != m_end && *comma == '"') {
+            nextQuoted(scratch);
+            return true;
+        }
+        m_field = withoutBlanks({begin, static_cast<std::size_t>(comma - begin)});
+        m_next = comma == m_end ? nullptr : comma + 1;
+        return true;
+    }
+
+    // Moves on without looking at what the field is; the same result as next.
+    bool skip(std::string& scratch)
+    {
+        if (m_next == nullptr)
+            return false;
+        char const* comma = m_next;
+        while (comma != m_end && *comma != ',' && *comma != '"')
+            ++comma;
+        if (comma != m_end && *comma == '"')
+            return next(scratch);
+        m_next = comma == m_end ? nullptr : comma + 1;
+        return true;
+    }
+
+    std::string_view field() const { return m_field; }
+    bool isBroken() const { return m_isBroken; }
+
+private:
+    void nextQuoted(std::string& scratch)
+    {
+        while (*m_next == ' ' || *m_next == '\t')
+            ++m_next;
+        scratch.clear();
+        bool closed = false;
+        if (*m_next != '"') {
+            // A quote in the midst of a field is a character like any other.
+            while (m_next != m_end && *m_next != ',')
+                scratch += *m_next++;
+            m_field = withoutBlanks(scratch);
+            m_next = m_next == m_end ? nullptr : m_next + 1;
+            return;
+        }
+        ++m_next;
+        while (m_next != m_end && !closed) {
+            if (*m_next != '"') {
+                scratch += *m_next++;
+            } else if (m_next + 1 != m_end && m_next[1] == '"') {
+                scratch += '"';
+                m_next += 2;
+            } else {
+                ++m_next;
+                closed = true;
+            }
+        }
+        while (m_next != m_end && (*m_next == ' ' || *m_next == '\t'))
+            ++m_next;
+        m_isBroken = m_isBroken || !closed || (m_next != m_end && *m_next != ',');
+        m_field = scratch;
+        m_next = m_next == m_end || m_isBroken ? nullptr : m_next + 1;
+    }
+
+    char const* m_next;  // null behind the last field
+    char const* m_end;
+    std::string_view m_field;
+    bool m_isBroken = false;
+};
+
+}  // namespace nodus::host

@@ -1,0 +1,186 @@
+// The inner loop: moves, then calls, for every node over the frames of a block.
+#include "nodus/host/evaluator.h"
+
+#include "nodus/String.h"
+#include "nodus/runtime/EvaluationScope.h"
+
+#include <cstring>
+#include <new>
+
+namespace nodus::host {
+
+namespace {
+
+constexpr std::align_val_t kArenaAlignment{64};
+
+// A size that the compiler knows is one or two packed instructions.
+template <std::size_t size>
+void moveBytes(std::byte const* from, std::size_t fromStride, std::byte* to, std::size_t toStride,
+               std::size_t frames)
+{
+    for (std::size_t i = 0; i < frames; ++i) {
+        std::memcpy(to, from, size);
+        from += fromStride;
+        to += toStride;
+    }
+}
+
+void moveTexts(std::byte const* from, std::size_t fromStride, std::byte* to, std::size_t toStride,
+               std::size_t frames)
+{
+    for (std::size_t i = 0; i < frames; ++i)
+        *reinterpret_cast<String*>(to + i * toStride) =
+            *reinterpret_cast<String const*>(from + i * fromStride);
+}
+
+void move(Move const& move, std::byte* arena, std::size_t frames)
+{
+    std::byte const* const from = arena + move.from.offset;
+    std::byte* const to = arena + move.to.offset;
+    auto const bytes = [&]<std::size_t size>(std::integral_constant<std::size_t, size>) {
+        moveBytes<size>(from, move.from.stride, to, move.to.stride, frames);
+    };
+    switch (move.type) {
+    case TypeId::Bool:
+    case TypeId::UInt8:
+        return bytes(std::integral_constant<std::size_t, 1>{});
+    case TypeId::Int32:
+    case TypeId::UInt32:
+    case TypeId::Float:
+        return bytes(std::integral_constant<std::size_t, 4>{});
+    case TypeId::Double:
+    case TypeId::Float2:
+        return bytes(std::integral_constant<std::size_t, 8>{});
+    case TypeId::Float3:
+        return bytes(std::integral_constant<std::size_t, 12>{});
+    case TypeId::Float4:
+    case TypeId::Color:
+    case TypeId::Quaternion:
+    case TypeId::Translation:
+        return bytes(std::integral_constant<std::size_t, 16>{});
+    case TypeId::TQS:
+        return bytes(std::integral_constant<std::size_t, 48>{});
+    case TypeId::Matrix4x4:
+    case TypeId::Mat44Float:
+        return bytes(std::integral_constant<std::size_t, 64>{});
+    case TypeId::String:
+        return moveTexts(from, move.from.stride, to, move.to.stride, frames);
+    }
+}
+
+template <std::size_t size> void clearBytes(std::byte* to, std::size_t stride, std::size_t frames)
+{
+    for (std::size_t i = 0; i < frames; ++i)
+        std::memset(to + i * stride, 0, size);
+}
+
+// A kernel may leave an output as it is; what it was must not depend on the frames before.
+void clearOutput(Step const& step, std::byte* to, std::size_t frames)
+{
+    std::size_t const stride = step.out.stride;
+    switch (step.outExtent) {
+    case 0:
+        return;
+    case 1:
+        return clearBytes<1>(to, stride, frames);
+    case 4:
+        return clearBytes<4>(to, stride, frames);
+    case 8:
+        return clearBytes<8>(to, stride, frames);
+    case 12:
+        return clearBytes<12>(to, stride, frames);
+    case 16:
+        return clearBytes<16>(to, stride, frames);
+    case 64:
+        return clearBytes<64>(to, stride, frames);
+    default:
+        for (std::size_t i = 0; i < frames; ++i)
+            std::memset(to + i * stride, 0, step.outExtent);
+    }
+}
+
+}  // namespace
+
+void Evaluator::Free::operator()(std::byte* arena) const
+{
+    ::operator delete(arena, kArenaAlignment);
+}
+
+Evaluator::Evaluator(Plan const& plan, runtime::LogService* log)
+    : m_plan(plan),
+      m_memory(static_cast<std::byte*>(::operator new(plan.arenaSize, kArenaAlignment))),
+      m_arena(m_memory.get())
+{
+    m_services.log = log;
+    std::memset(m_arena, 0, plan.arenaSize);
+    for (Plan::Constant const& constant : plan.constants)
+        for (std::size_t i = 0; i < plan.framesPerBlock; ++i)
+            std::memcpy(at(constant.place, i), plan.constantBytes.data() + constant.begin,
+                        constant.size);
+    // The texts are shared within the arena and not between threads, whose counts would collide.
+    std::vector<String> shared;
+    shared.reserve(plan.constantTexts.size());
+    for (std::string const& text : plan.constantTexts)
+        shared.emplace_back(std::string(text.data(), text.size()));
+    for (Plan::Text const& text : plan.texts)
+        for (std::size_t i = 0; i < plan.framesPerBlock; ++i)
+            if (text.constant)
+                ::new (at(text.place, i)) String(shared[*text.constant]);
+            else
+                ::new (at(text.place, i)) String();
+}
+
+Evaluator::~Evaluator()
+{
+    for (Plan::Text const& text : m_plan.texts)
+        for (std::size_t i = 0; i < m_plan.framesPerBlock; ++i)
+            std::destroy_at(reinterpret_cast<String*>(at(text.place, i)));
+}
+
+void Evaluator::call(Step const& step, std::span<std::int32_t const> frames,
+                     runtime::EvaluationScope& scope)
+{
+    std::byte const* in = m_arena + step.in.offset;
+    std::byte* out = m_arena + step.out.offset;
+    if (step.solve != nullptr) {
+        for (std::int32_t const frame : frames) {
+            scope.setFrame(frame);
+            step.solve(in, out);
+            in += step.in.stride;
+            out += step.out.stride;
+        }
+        return;
+    }
+    void* const workspace = m_arena + step.workspace;
+    if (!m_isInitialised) {
+        scope.setFrame(frames.front());
+        step.init(in, workspace);
+    }
+    for (std::int32_t const frame : frames) {
+        scope.setFrame(frame);
+        step.solveWithWorkspace(in, workspace, out);
+        in += step.in.stride;
+        out += step.out.stride;
+    }
+}
+
+void Evaluator::evaluate(std::span<std::int32_t const> frames)
+{
+    if (frames.empty())
+        return;
+    runtime::EvaluationScope scope(frames.front(), &m_services);
+    for (PlanSource const& source : m_plan.sources)
+        if (source.kind == Source::Kind::frame)
+            for (std::size_t i = 0; i < frames.size(); ++i)
+                std::memcpy(at(source.place, i), &frames[i], sizeof frames[i]);
+    for (Step const& step : m_plan.steps) {
+        Move const* const moves = m_plan.moves.data() + step.firstMove;
+        for (std::size_t i = 0; i < step.moveCount; ++i)
+            move(moves[i], m_arena, frames.size());
+        clearOutput(step, m_arena + step.out.offset, frames.size());
+        call(step, frames, scope);
+    }
+    m_isInitialised = true;
+}
+
+}  // namespace nodus::host

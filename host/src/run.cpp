@@ -1,0 +1,225 @@
+// The pipeline: one reader in order, any number of workers, one writer in order.
+#include "nodus/host/run.h"
+
+#include "nodus/host/evaluator.h"
+#include "nodus/host/frame_log.h"
+
+#include <tbb/enumerable_thread_specific.h>
+#include <tbb/global_control.h>
+#include <tbb/parallel_pipeline.h>
+#include <tbb/task_arena.h>
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+
+namespace nodus::host {
+
+namespace {
+
+constexpr std::size_t kMostFaults = 20;
+
+// A stretch of frames on its way from the reader to the writer.
+struct Batch {
+    std::vector<std::int32_t> frames;
+    TableRows rows;
+    TextBuffer results, log;
+    Diagnostics faults;
+    std::string readerFault;  // comes behind those of the rows that were read
+
+    void clear()
+    {
+        frames.clear();
+        rows.clear();
+        results.clear();
+        log.clear();
+        faults = {};
+        readerFault.clear();
+    }
+};
+
+// One thread's own.
+struct Worker {
+    FrameLog log;
+    Evaluator evaluator;
+    explicit Worker(Plan const& plan) : evaluator(plan, &log) {}
+};
+
+class Run {
+public:
+    Run(Plan const& plan, RunOptions const& options)
+        : m_plan(plan), m_options(options), m_writer(plan, options.format),
+          m_workers([&plan] { return std::make_unique<Worker>(plan); }),
+          m_batches(2 * options.threads + 2)
+    {
+        if (options.table != nullptr)
+            m_parser.emplace(*options.table, plan);
+        // Enough work to make handing over cheap, little enough to bound memory and latency.
+        std::size_t const work = plan.steps.size() + 4 * plan.outputs.size() + 4;
+        std::size_t const byWork = std::size_t{256 * 1024} / work;
+        std::size_t const bySize = std::size_t{512 * 1024} / m_writer.typicalLine();
+        m_batchFrames = std::clamp(std::min(byWork, bySize), std::size_t{1}, std::size_t{2048});
+    }
+
+    std::uint64_t run()
+    {
+        if (m_options.table != nullptr && m_options.frames && m_options.frames->first < 0)
+            throw Fault(outsideTable(m_options.frames->first));
+        m_options.results->write(m_writer.header());
+        tbb::global_control const limit(tbb::global_control::max_allowed_parallelism,
+                                        m_options.threads);
+        tbb::task_arena arena(static_cast<int>(m_options.threads));
+        arena.execute([&] {
+            tbb::parallel_pipeline(
+                m_batches.size(),
+                tbb::make_filter<void, Batch*>(
+                    tbb::filter_mode::serial_in_order,
+                    [&](tbb::flow_control& control) { return read(control); }) &
+                    tbb::make_filter<Batch*, Batch*>(tbb::filter_mode::parallel,
+                                                     [&](Batch* batch) {
+                                                         evaluate(*batch);
+                                                         return batch;
+                                                     }) &
+                    tbb::make_filter<Batch*, void>(tbb::filter_mode::serial_in_order,
+                                                   [&](Batch* batch) { write(*batch); }));
+        });
+        m_faults.throwIfAny();
+        return m_done;
+    }
+
+private:
+    // At most as many batches are on their way as there are slots, and they end in order: the slot
+    // of the next one is free.
+    Batch* read(tbb::flow_control& control)
+    {
+        Batch& batch = m_batches[m_nextBatch++ % m_batches.size()];
+        batch.clear();
+        while (batch.frames.size() < m_batchFrames && !m_isRead && readFrame(batch)) {
+        }
+        if (batch.frames.empty() && batch.readerFault.empty())
+            control.stop();
+        return &batch;
+    }
+
+    bool readFrame(Batch& batch)
+    {
+        FrameRange const range =
+            m_options.frames
+                ? *m_options.frames
+                : FrameRange{0, m_options.table != nullptr ? std::numeric_limits<int>::max() : 0};
+        if (m_index == range.count() || m_hasEnoughFaults) {
+            m_isRead = true;
+            if (m_options.table != nullptr && !m_options.frames && m_options.table->skipRow())
+                batch.readerFault =
+                    m_options.table->path() + ": has more rows than there are frames";
+            return false;
+        }
+        std::int32_t const frame = range.at(m_index);
+        if (m_options.table != nullptr && !readRow(batch, frame)) {
+            m_isRead = true;
+            if (m_options.frames)
+                batch.readerFault = outsideTable(frame);
+            return false;
+        }
+        batch.frames.push_back(frame);
+        ++m_index;
+        return true;
+    }
+
+    bool readRow(Batch& batch, std::int32_t frame)
+    {
+        TableReader& table = *m_options.table;
+        while (table.rowsRead() < static_cast<std::uint64_t>(frame))
+            if (!table.skipRow())
+                return false;
+        return table.readRow(batch.rows);
+    }
+
+    std::string outsideTable(std::int32_t frame) const
+    {
+        std::uint64_t const rows = m_options.table->rowsRead();
+        std::string const known = frame < 0   ? "its rows count from 0"
+                                  : rows == 0 ? "it has no rows"
+                                              : "its rows are 0 to " + std::to_string(rows - 1);
+        return "frame " + std::to_string(frame) + " is outside " + m_options.table->path() + ": " +
+               known;
+    }
+
+    void evaluate(Batch& batch)
+    {
+        Worker& worker = *m_workers.local();
+        std::size_t const inBlock = m_plan.framesPerBlock;
+        for (std::size_t first = 0; first < batch.frames.size(); first += inBlock) {
+            std::size_t const count = std::min(inBlock, batch.frames.size() - first);
+            for (std::size_t i = 0; i < count && m_parser; ++i)
+                m_parser->parse(batch.rows.row(first + i), batch.rows.rows[first + i].line,
+                                worker.evaluator, i, batch.faults);
+            // Nothing of this batch, nor of a later one, will be seen.
+            if (!batch.faults.empty() || m_isFaulty.load(std::memory_order_relaxed))
+                continue;
+            std::span const frames = std::span(batch.frames).subspan(first, count);
+            worker.evaluator.evaluate(frames);
+            worker.log.takeLines(batch.log);
+            for (std::size_t i = 0; i < count; ++i)
+                m_writer.append(worker.evaluator, i, frames[i], batch.results);
+        }
+        if (!batch.readerFault.empty())
+            batch.faults.add(batch.readerFault);
+    }
+
+    void write(Batch& batch)
+    {
+        m_isFaulty = m_isFaulty || !batch.faults.empty();
+        if (m_isFaulty) {
+            collect(batch.faults);
+            return;
+        }
+        m_options.results->write(batch.results.view());
+        if (m_options.log != nullptr && batch.log.size() != 0) {
+            if (m_options.beforeLog)
+                m_options.beforeLog();
+            m_options.log->write(batch.log.view());
+            if (m_options.beforeLog)
+                m_options.log->flush();
+        }
+        m_done += batch.frames.size();
+        if (m_options.progress)
+            m_options.progress(m_done);
+    }
+
+    void collect(Diagnostics const& faults)
+    {
+        for (std::string const& line : faults.lines()) {
+            if (m_hasEnoughFaults)
+                return;
+            m_faults.add(line);
+            if (m_faults.lines().size() == kMostFaults) {
+                m_faults.add("these are the first " + std::to_string(kMostFaults) +
+                             " faults of the table; there may be more");
+                m_hasEnoughFaults = true;
+            }
+        }
+    }
+
+    Plan const& m_plan;
+    RunOptions const& m_options;
+    ResultWriter m_writer;
+    std::optional<TableParser> m_parser;
+    tbb::enumerable_thread_specific<std::unique_ptr<Worker>> m_workers;
+    std::vector<Batch> m_batches;
+    std::size_t m_batchFrames = 1;
+    // The reader's own.
+    std::size_t m_nextBatch = 0;
+    std::uint64_t m_index = 0;
+    bool m_isRead = false;
+    // The writer's own, except that the others may look whether it still makes sense to go on.
+    std::uint64_t m_done = 0;
+    Diagnostics m_faults;
+    std::atomic<bool> m_isFaulty = false, m_hasEnoughFaults = false;
+};
+
+}  // namespace
+
+std::uint64_t run(Plan const& plan, RunOptions const& options) { return Run(plan, options).run(); }
+
+}  // namespace nodus::host

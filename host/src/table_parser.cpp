@@ -1,0 +1,90 @@
+// From the text of a row to the values that a plan reads.
+#include "nodus/host/table.h"
+
+#include "csv_fields.h"
+#include "nodus/host/literals.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+namespace nodus::host {
+
+namespace {
+
+// The common case without a detour; everything else is looked at again with more patience.
+template <typename Real> bool readPlainNumber(std::string_view field, std::byte* to)
+{
+    Real value;
+    char const* const last = field.data() + field.size();
+    auto const [end, error] = std::from_chars(field.data(), last, value);
+    if (error != std::errc{} || end != last)
+        return false;
+    std::memcpy(to, &value, sizeof value);
+    return true;
+}
+
+}  // namespace
+
+TableParser::TableParser(TableReader const& reader, Plan const& plan)
+    : m_path(reader.path()), m_columns(reader.columns())
+{
+    for (PlanSource const& source : plan.sources)
+        if (source.kind == Source::Kind::column)
+            m_targets.push_back({source.column, source.type, source.place});
+    std::ranges::stable_sort(m_targets, {}, &Target::column);
+}
+
+void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& evaluator,
+                        std::size_t i, Diagnostics& diagnostics) const
+{
+    FieldWalk walk(row);
+    std::string scratch;
+    std::size_t column = 0;
+    for (auto target = m_targets.begin(); target != m_targets.end(); ++column) {
+        if (target->column != column) {
+            if (!walk.skip(scratch))
+                break;
+            continue;
+        }
+        if (!walk.next(scratch))
+            break;
+        for (; target != m_targets.end() && target->column == column; ++target)
+            store(walk.field(), *target, line, evaluator.at(target->place, i), diagnostics);
+    }
+    while (walk.skip(scratch))
+        ++column;
+    if (walk.isBroken())
+        diagnostics.add(m_path + ":" + std::to_string(line) +
+                        ": a quoted field does not end, or goes on behind its quote");
+    else if (column != m_columns.size())
+        diagnostics.add(m_path + ":" + std::to_string(line) + ": " + std::to_string(column) +
+                        (column == 1 ? " field" : " fields") + ", the header has " +
+                        std::to_string(m_columns.size()));
+}
+
+void TableParser::store(std::string_view field, Target const& target, std::uint64_t line,
+                        std::byte* to, Diagnostics& diagnostics) const
+{
+    TypeId const type = target.type->id;
+    if (type == TypeId::Float && readPlainNumber<float>(field, to))
+        return;
+    if (type == TypeId::Double && readPlainNumber<double>(field, to))
+        return;
+    std::string wrong;
+    if (type == TypeId::Bool) {
+        bool const isTrue = field == "true" || field == "1";
+        if (!isTrue && field != "false" && field != "0")
+            wrong = "'" + std::string(field.substr(0, 40)) + "' is not true, false, 1 or 0";
+        *to = static_cast<std::byte>(isTrue);
+    } else {
+        if (field.starts_with('+') && !field.starts_with("+-"))
+            field.remove_prefix(1);
+        wrong = readNumber(field, *target.type, to);
+    }
+    if (!wrong.empty())
+        diagnostics.add(m_path + ":" + std::to_string(line) + ": column '" +
+                        m_columns[target.column] + "': " + wrong);
+}
+
+}  // namespace nodus::host

@@ -1,0 +1,116 @@
+// nodus call: one node, once.
+#include "environment.h"
+
+#include "nodus/String.h"
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/evaluator.h"
+#include "nodus/host/frame_log.h"
+#include "nodus/host/literals.h"
+#include "nodus/host/output_file.h"
+
+#include <unistd.h>
+
+#include <cstring>
+
+namespace nodus::tools {
+
+namespace {
+
+struct Options {
+    std::string type;
+    std::vector<std::string> values;
+    std::int32_t frame = 0;
+};
+
+void setInput(host::GraphNode& node, std::string const& argument)
+{
+    auto const equals = argument.find('=');
+    if (equals == argument.npos)
+        throw host::Fault("'" + argument + "' is no PORT=VALUE");
+    std::string const name = argument.substr(0, equals);
+    host::Port const* const port = node.type->findInput(name);
+    if (port == nullptr) {
+        std::vector<std::string_view> names;
+        for (host::Port const& known : node.type->inputs)
+            names.push_back(known.name);
+        throw host::Fault(node.type->name + " has no input '" + name + "'; it has " +
+                          host::alternatives(names));
+    }
+    host::Value value = port->standard;
+    std::string const wrong =
+        host::readValue(host::literalFromArgument(argument.substr(equals + 1), *port->type), value);
+    if (!wrong.empty())
+        throw host::Fault("input '" + name + "': " + wrong);
+    std::memcpy(node.constants.data() + port->offset, value.bytes.data(), port->type->size);
+    if (port->type->id == host::TypeId::String)
+        node.texts.emplace_back(port->offset, value.text);
+}
+
+int call(Options const& options, Shared const& shared)
+{
+    Environment const environment(shared);
+    host::NodeType const* const type = environment.catalogue().find(options.type);
+    if (type == nullptr)
+        throw host::Fault("unknown node type '" + options.type + "'" +
+                          environment.catalogue().suggestion(options.type));
+
+    host::Graph graph;
+    host::GraphNode& node = graph.nodes.emplace_back();
+    node.type = type;
+    node.constants.resize(type->inputExtent);
+    for (host::Port const& port : type->inputs)
+        std::memcpy(node.constants.data() + port.offset, port.standard.bytes.data(),
+                    port.type->size);
+    host::Diagnostics diagnostics;
+    for (std::string const& argument : options.values) {
+        try {
+            setInput(node, argument);
+        } catch (host::Fault const& fault) {
+            diagnostics.add(fault);
+        }
+    }
+    diagnostics.throwIfAny();
+    for (host::Port const& port : type->outputs)
+        graph.outputs.push_back({port.name, 0, port.offset, port.type});
+    graph.order = {0};
+
+    host::Plan const plan = host::compile(graph, 1);
+    host::FrameLog log;
+    host::Evaluator evaluator(plan, &log);
+    evaluator.evaluate(std::span(&options.frame, 1));
+
+    host::TextBuffer lines;
+    log.takeLines(lines);
+    auto messages = host::OutputFile::onDescriptor(STDERR_FILENO, "standard error");
+    messages.write(lines.view());
+    messages.commit();
+    std::string text;
+    for (host::PlanOutput const& output : plan.outputs) {
+        std::byte const* const bytes = evaluator.at(output.place, 0);
+        std::string const shown = output.type->id == host::TypeId::String
+                                      ? *reinterpret_cast<String const*>(bytes)
+                                      : std::string();
+        text += output.name + " = " + host::valueText(*output.type, bytes, shown) + "\n";
+    }
+    print(text);
+    return 0;
+}
+
+}  // namespace
+
+Command addCall(CLI::App& app, Shared const& shared)
+{
+    CLI::App* const command = app.add_subcommand("call", "Evaluate one node once");
+    auto const options = std::make_shared<Options>();
+    command->add_option("TYPE", options->type, "A node type or a kernel")->required();
+    command->add_option("VALUES", options->values,
+                        "Inputs as PORT=VALUE: a number, true, a text, 1,2,3 or JSON");
+    command->add_option("--frame", options->frame, "The frame that the node sees, 0 without it")
+        ->type_name("N");
+    command->footer("Inputs that are not given have their defaults.\n\n"
+                    "Examples:\n  nodus call Add_Float3 a=1,2,3 b=10,20,30\n"
+                    "  nodus call LogValueFloat value=2.5 prefix=\"speed \"");
+    return {command, [options, &shared] { return call(*options, shared); }};
+}
+
+}  // namespace nodus::tools

@@ -1,0 +1,30 @@
+// The sub-commands. Each adds itself to the command line and does its work when it was asked for.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace nodus::tools {
+
+// Options that every sub-command shares.
+struct Shared {
+    std::vector<std::string> modules;  // empty: the module beside the command
+};
+
+// What to do when the sub-command is the one that was given; returns the exit status.
+using Action = std::function<int()>;
+
+struct Command {
+    CLI::App* app;
+    Action run;
+};
+
+Command addCall(CLI::App& app, Shared const& shared);
+Command addDescribe(CLI::App& app, Shared const& shared);
+Command addEval(CLI::App& app, Shared const& shared);
+Command addList(CLI::App& app, Shared const& shared);
+
+}  // namespace nodus::tools

@@ -1,0 +1,59 @@
+// Finding and loading modules.
+#include "environment.h"
+
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/output_file.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+
+namespace nodus::tools {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// The build tree has the module in lib, an installation among the modules.
+std::string moduleBesideCommand()
+{
+    fs::path const bin = fs::read_symlink("/proc/self/exe").parent_path();
+    std::string tried;
+    for (char const* const place :
+         {"../lib/libnodusmath.so", "../lib/nodus/modules/libnodusmath.so"}) {
+        fs::path const path = (bin / place).lexically_normal();
+        if (fs::exists(path))
+            return path.string();
+        tried += (tried.empty() ? "" : " nor ") + path.string();
+    }
+    throw host::Fault("no module: neither " + tried + " is there; say where it is with --module");
+}
+
+}  // namespace
+
+Environment::Environment(Shared const& shared)
+{
+    host::Diagnostics diagnostics;
+    std::vector<std::string> paths = shared.modules;
+    if (paths.empty())
+        paths.push_back(moduleBesideCommand());
+    std::vector<host::Module const*> loaded;
+    for (std::string const& path : paths) {
+        try {
+            loaded.push_back(m_modules.emplace_back(std::make_unique<host::Module>(path)).get());
+        } catch (host::Fault const& fault) {
+            diagnostics.add(fault);
+        }
+    }
+    diagnostics.throwIfAny();
+    m_catalogue.emplace(loaded);
+}
+
+void print(std::string_view text)
+{
+    auto output = host::OutputFile::onDescriptor(STDOUT_FILENO, "standard output");
+    output.write(text);
+    output.commit();
+}
+
+}  // namespace nodus::tools

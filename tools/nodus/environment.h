@@ -1,0 +1,31 @@
+// What every sub-command works with: the modules, their catalogue, and standard output.
+#pragma once
+
+#include "commands.h"
+
+#include "nodus/host/catalogue.h"
+#include "nodus/host/module.h"
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace nodus::tools {
+
+// Loads the modules that were asked for, or the one beside the command. Throws host::Fault.
+class Environment {
+public:
+    explicit Environment(Shared const& shared);
+
+    host::Catalogue const& catalogue() const { return *m_catalogue; }
+
+private:
+    std::vector<std::unique_ptr<host::Module>> m_modules;
+    std::optional<host::Catalogue> m_catalogue;
+};
+
+// Writes to standard output; throws host::Fault when nobody can take it.
+void print(std::string_view text);
+
+}  // namespace nodus::tools

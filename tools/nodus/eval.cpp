@@ -1,0 +1,130 @@
+// nodus eval: a graph over frames.
+#include "environment.h"
+#include "progress.h"
+
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/graph.h"
+#include "nodus/host/run.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <thread>
+
+namespace nodus::tools {
+
+namespace {
+
+struct Options {
+    std::string graph, frames, data, out, log;
+    int threads = 0;
+};
+
+template <typename Work> void gather(host::Diagnostics& diagnostics, Work work)
+{
+    try {
+        work();
+    } catch (host::Fault const& fault) {
+        diagnostics.add(fault);
+    }
+}
+
+bool isSameFile(std::string const& a, std::string const& b)
+{
+    std::error_code ignored;
+    namespace fs = std::filesystem;
+    return fs::weakly_canonical(a, ignored) == fs::weakly_canonical(b, ignored);
+}
+
+int evaluate(Options const& options, Shared const& shared)
+{
+    Environment const environment(shared);
+    host::Diagnostics diagnostics;
+    host::RunOptions run;
+    std::unique_ptr<host::TableReader> table;
+
+    gather(diagnostics, [&] {
+        if (!options.frames.empty())
+            run.frames = host::parseFrames(options.frames);
+    });
+    gather(diagnostics, [&] {
+        if (!options.out.empty())
+            run.format = host::resultFormatOf(options.out);
+    });
+    if (!options.out.empty() && !options.log.empty() && isSameFile(options.out, options.log))
+        diagnostics.add("--out and --log want two files, not both " + options.out);
+    host::GraphSurroundings surroundings{options.data, nullptr, false};
+    gather(diagnostics, [&] {
+        if (options.data.empty())
+            return;
+        table = std::make_unique<host::TableReader>(options.data);
+        surroundings.columns = &table->columns();
+        run.table = table.get();
+    });
+    host::Graph graph =
+        host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
+    diagnostics.throwIfAny();
+
+    host::Plan const plan = host::compile(graph);
+    graph = {};
+
+    auto results = options.out.empty()
+                       ? host::OutputFile::onDescriptor(STDOUT_FILENO, "standard output")
+                       : host::OutputFile::open(options.out);
+    auto log = options.log.empty() ? host::OutputFile::onDescriptor(STDERR_FILENO, "standard error")
+                                   : host::OutputFile::open(options.log);
+    run.results = &results;
+    run.log = &log;
+    run.threads = options.threads > 0 ? static_cast<std::size_t>(options.threads)
+                                      : std::max(1u, std::thread::hardware_concurrency());
+    std::uint64_t const total = run.frames ? run.frames->count() : table ? 0 : 1;
+    Progress progress(total, [&] { return table ? table->fractionRead() : 0.0; });
+    run.progress = [&](std::uint64_t done) { progress.show(done); };
+    if (options.log.empty())
+        run.beforeLog = [&] { progress.wipe(); };
+    host::run(plan, run);
+    progress.wipe();
+    log.flush();
+    results.commit();
+    log.commit();
+    return 0;
+}
+
+}  // namespace
+
+Command addEval(CLI::App& app, Shared const& shared)
+{
+    CLI::App* const command = app.add_subcommand("eval", "Evaluate a graph over frames");
+    auto const options = std::make_shared<Options>();
+    command->add_option("GRAPH", options->graph, "The graph file, JSON")->required();
+    command
+        ->add_option("--frames", options->frames,
+                     "Frames A to B, both included, every STEP frames; A alone is one frame.\n"
+                     "Without it: a frame for each row of the table, or frame 0")
+        ->type_name("A:B[:STEP]");
+    command
+        ->add_option("--data", options->data,
+                     "A table for the graph's columns; frame N reads row N, counted from 0")
+        ->type_name("TABLE.csv");
+    command
+        ->add_option(
+            "--out", options->out,
+            "Where the results go, whole or not at all. Without it: CSV on standard output")
+        ->type_name("FILE.csv|.jsonl");
+    command->add_option("--log", options->log, "Where log lines go. Without it: standard error")
+        ->type_name("FILE");
+    command
+        ->add_option("--threads", options->threads,
+                     "How many threads; the results do not depend on it. Without it: all cores")
+        ->type_name("N")
+        ->check(CLI::Range(1, 1024));
+    command->footer("Examples:\n"
+                    "  nodus eval examples/flipbook.json --frames 0:60:5\n"
+                    "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl");
+    return {command, [options, &shared] { return evaluate(*options, shared); }};
+}
+
+}  // namespace nodus::tools

@@ -1,0 +1,120 @@
+// nodus: evaluates graphs of math nodes, and tells what nodes there are.
+#include "commands.h"
+#include "progress.h"
+
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/output_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <new>
+
+namespace {
+
+constexpr int kWorkFailed = 1;
+constexpr int kWrongInput = 2;
+
+void complain(std::string const& line)
+{
+    std::string const text = "nodus: " + nodus::host::printable(line) + "\n";
+    [[maybe_unused]] ssize_t const written = ::write(STDERR_FILENO, text.data(), text.size());
+}
+
+void onInterrupt(int signal)
+{
+    nodus::host::removeUnfinishedFiles();
+    if (nodus::tools::Progress::isShown()) {
+        [[maybe_unused]] ssize_t const written = ::write(STDERR_FILENO, "\r\x1b[K", 4);
+    }
+    // The default action now ends the process, and whoever started it sees why.
+    ::raise(signal);
+}
+
+void prepareProcess()
+{
+    // A file opened later must not become standard output by taking its number.
+    for (int descriptor = 0; descriptor <= 2; ++descriptor)
+        if (::fcntl(descriptor, F_GETFD) < 0 && ::open("/dev/null", O_RDONLY) != descriptor)
+            std::_Exit(kWorkFailed);
+    // A pipe without a reader and a limit on file sizes become messages.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    struct sigaction action {};
+    action.sa_handler = onInterrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_NODEFER;
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction before {};
+        // Who starts it in the background with nohup wants it to stay.
+        if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
+            ::sigaction(signal, &action, nullptr);
+    }
+}
+
+int run(int argc, char** argv)
+{
+    CLI::App app("Evaluates graphs of math nodes over frames.", "nodus");
+    app.set_version_flag("--version", "nodus " NODUS_VERSION, "Print the version and leave");
+    app.set_help_flag("-h,--help", "Print this help and leave");
+    app.require_subcommand(1);
+    app.footer("Examples:\n"
+               "  nodus eval examples/flipbook.json --frames 0:60:5\n"
+               "  nodus describe Add\n"
+               "  nodus call Add_Float3 a=1,2,3 b=10,20,30\n\n"
+               "Exit status: 0 done, 1 the work failed, 2 wrong usage or input.\n"
+               "nodus COMMAND --help tells more about a command.");
+
+    nodus::tools::Shared shared;
+    app.add_option("--module", shared.modules,
+                   "A module to load, with its catalogue beside it; may be given more than once.\n"
+                   "Without it: libnodusmath.so of this installation")
+        ->type_name("FILE")
+        ->take_all();
+
+    nodus::tools::Command const commands[] = {
+        nodus::tools::addEval(app, shared),
+        nodus::tools::addList(app, shared),
+        nodus::tools::addDescribe(app, shared),
+        nodus::tools::addCall(app, shared),
+    };
+    for (auto const& command : commands)
+        command.app->fallthrough()->set_help_flag("-h,--help", "Print this help and leave");
+
+    try {
+        app.parse(argc, argv);
+    } catch (CLI::CallForHelp const& help) {
+        app.exit(help);
+        return 0;
+    } catch (CLI::CallForVersion const& version) {
+        app.exit(version);
+        return 0;
+    } catch (CLI::ParseError const& error) {
+        complain(std::string(error.what()) + " (nodus --help tells more)");
+        return kWrongInput;
+    }
+    for (auto const& command : commands)
+        if (command.app->parsed())
+            return command.run();
+    return kWrongInput;
+}
+
+}  // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        prepareProcess();
+        return run(argc, argv);
+    } catch (nodus::host::Fault const& fault) {
+        for (std::string const& line : fault.lines())
+            complain(line);
+        return kWrongInput;
+    } catch (std::bad_alloc const&) {
+        complain("out of memory");
+    } catch (std::exception const& error) {
+        complain(std::string("the work failed: ") + error.what());
+    }
+    return kWorkFailed;
+}
