@@ -26,11 +26,13 @@ template <typename T> T hidden(T value)
     return v;
 }
 
+// Among them 7.265625 and 30.125, whose powers of two come out differently in extended precision.
 template <typename T>
-constexpr T kArguments[] = {
-    T(0.0),   T(-0.0),   T(0.3),       T(-0.7), T(1),   T(-1),     T(1.5),       T(2.3),  T(-3),
-    T(8),     T(10),     T(-12.5),     T(88),   T(-95), T(1e5),    T(-1e10),     T(1e30), T(1e-30),
-    T(1e-40), T(-1e-42), T(kInfinity), T(kNaN), T(0.1), T(0.9999), T(-kInfinity)};
+constexpr T kArguments[] = {T(7.265625), T(30.125), T(0.0),       T(-0.0),   T(0.3),       T(-0.7),
+                            T(1),        T(-1),     T(1.5),       T(2.3),    T(-3),        T(8),
+                            T(10),       T(-12.5),  T(88),        T(-95),    T(1e5),       T(-1e10),
+                            T(1e30),     T(1e-30),  T(1e-40),     T(-1e-42), T(kInfinity), T(kNaN),
+                            T(0.1),      T(0.9999), T(-kInfinity)};
 
 template <typename T> struct Function {
     char const* name;
@@ -154,6 +156,6 @@ TEST(Transcendental, CosineLawIsItsFormula)
     EXPECT_EQ(bits(call<Float>(NodusCosineLaw_Solve, 0.25f, 0.5f, 0.75f)),
               bits(static_cast<float>(::acos(::sqrt(hidden(0.25))))))
         << "the root and the arc cosine in double precision";
-    EXPECT_EQ(call<Float>(NodusCosineLaw_Solve, 0x1p-13f, 1.0f, 1.0f), kHalfPi)
-        << "c c - a a is rounded to 1 before b b is taken away";
+    // Every other grouping, and a root or arc cosine in single precision, moves the last place.
+    EXPECT_EQ(call<Float>(NodusCosineLaw_Solve, 0.01f, 0.16f, 1.0f), 0x1.49be0ep-3f);
 }
