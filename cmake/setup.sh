@@ -3,7 +3,7 @@
 # usage: cmake/setup.sh run|test
 set -eu
 
-run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev"
+run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libpng-dev"
 test="$run clang clang-format libclang-rt-14-dev googletest binutils"
 
 case "${1:-}" in

@@ -4,6 +4,7 @@
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/graph.h"
+#include "nodus/host/image.h"
 #include "nodus/host/run.h"
 
 #include <unistd.h>
@@ -20,6 +21,7 @@ namespace {
 
 struct Options {
     std::string graph, frames, data, out, log;
+    std::string image, size, map;
     int threads = 0;
 };
 
@@ -39,8 +41,48 @@ bool isSameFile(std::string const& a, std::string const& b)
     return fs::weakly_canonical(a, ignored) == fs::weakly_canonical(b, ignored);
 }
 
+std::size_t threadsOf(Options const& options)
+{
+    return options.threads > 0 ? static_cast<std::size_t>(options.threads)
+                               : std::max(1u, std::thread::hardware_concurrency());
+}
+
+int evaluateImage(Options const& options, Shared const& shared)
+{
+    Environment const environment(shared);
+    host::Diagnostics diagnostics;
+    host::ImageOptions image{{512, 512}, {}, 0, threadsOf(options)};
+    gather(diagnostics, [&] {
+        if (!options.size.empty())
+            image.size = host::parseImageSize(options.size);
+    });
+    gather(diagnostics, [&] {
+        if (!options.map.empty())
+            image.map = host::parseValueRange(options.map);
+    });
+    gather(diagnostics, [&] {
+        if (options.frames.empty())
+            return;
+        host::FrameRange const frames = host::parseFrames(options.frames);
+        if (frames.count() != 1)
+            throw host::Fault("--image wants one frame, not " + options.frames);
+        image.frame = frames.first;
+    });
+    host::Graph const graph =
+        host::readGraph(options.graph, environment.catalogue(), {"", nullptr, true}, diagnostics);
+    diagnostics.throwIfAny();
+
+    host::Plan const plan = host::compile(graph);
+    auto file = host::OutputFile::open(options.image);
+    host::renderImage(plan, image, file);
+    file.commit();
+    return 0;
+}
+
 int evaluate(Options const& options, Shared const& shared)
 {
+    if (!options.image.empty())
+        return evaluateImage(options, shared);
     Environment const environment(shared);
     host::Diagnostics diagnostics;
     host::RunOptions run;
@@ -78,8 +120,7 @@ int evaluate(Options const& options, Shared const& shared)
                                    : host::OutputFile::open(options.log);
     run.results = &results;
     run.log = &log;
-    run.threads = options.threads > 0 ? static_cast<std::size_t>(options.threads)
-                                      : std::max(1u, std::thread::hardware_concurrency());
+    run.threads = threadsOf(options);
     std::uint64_t const total = run.frames ? run.frames->count() : table ? 0 : 1;
     Progress progress(total, [&] { return table ? table->fractionRead() : 0.0; });
     run.progress = [&](std::uint64_t done) { progress.show(done); };
@@ -105,25 +146,46 @@ Command addEval(CLI::App& app, Shared const& shared)
                      "Frames A to B, both included, every STEP frames; A alone is one frame.\n"
                      "Without it: a frame for each row of the table, or frame 0")
         ->type_name("A:B[:STEP]");
-    command
-        ->add_option("--data", options->data,
-                     "A table for the graph's columns; frame N reads row N, counted from 0")
-        ->type_name("TABLE.csv");
-    command
-        ->add_option(
-            "--out", options->out,
-            "Where the results go, whole or not at all. Without it: CSV on standard output")
-        ->type_name("FILE.csv|.jsonl");
-    command->add_option("--log", options->log, "Where log lines go. Without it: standard error")
-        ->type_name("FILE");
+    CLI::Option* const data =
+        command
+            ->add_option("--data", options->data,
+                         "A table for the graph's columns; frame N reads row N, counted from 0")
+            ->type_name("TABLE.csv");
+    CLI::Option* const out =
+        command
+            ->add_option(
+                "--out", options->out,
+                "Where the results go, whole or not at all. Without it: CSV on standard output")
+            ->type_name("FILE.csv|.jsonl");
+    CLI::Option* const log =
+        command->add_option("--log", options->log, "Where log lines go. Without it: standard error")
+            ->type_name("FILE");
     command
         ->add_option("--threads", options->threads,
                      "How many threads; the results do not depend on it. Without it: all cores")
         ->type_name("N")
         ->check(CLI::Range(1, 1024));
+    CLI::Option* const image =
+        command
+            ->add_option("--image", options->image,
+                         "Evaluate once a pixel and write the one output, a Float, Color or\n"
+                         "Float4, as a picture; the graph's pixel sources are pixel centres")
+            ->type_name("FILE.png")
+            ->excludes(data)
+            ->excludes(out)
+            ->excludes(log);
+    command->add_option("--size", options->size, "How large the picture is. Without it: 512x512")
+        ->type_name("WxH")
+        ->needs(image);
+    command
+        ->add_option("--map", options->map,
+                     "The values that become black and white. Without it: 0:1")
+        ->type_name("MIN:MAX")
+        ->needs(image);
     command->footer("Examples:\n"
                     "  nodus eval examples/flipbook.json --frames 0:60:5\n"
-                    "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl");
+                    "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl\n"
+                    "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024");
     return {command, [options, &shared] { return evaluate(*options, shared); }};
 }
 

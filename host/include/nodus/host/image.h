@@ -1,0 +1,41 @@
+// Evaluating a graph once a pixel, to look at it instead of reading numbers.
+#pragma once
+
+#include "nodus/host/output_file.h"
+#include "nodus/host/plan.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+namespace nodus::host {
+
+struct ImageSize {
+    std::size_t width, height;
+};
+// "WxH", each from 1 to 8192. Throws Fault.
+ImageSize parseImageSize(std::string_view text);
+
+// The values that become black and white.
+struct ValueRange {
+    float black = 0, white = 1;
+};
+// "MIN:MAX", two different finite numbers; MIN may be the greater one. Throws Fault.
+ValueRange parseValueRange(std::string_view text);
+
+struct ImageOptions {
+    ImageSize size;
+    ValueRange map;
+    std::int32_t frame = 0;
+    std::size_t threads = 1;
+};
+
+// Writes the plan's one output as a PNG picture of 8 bits a channel: a Float in grey, a Color or
+// Float4 with its fourth lane, which no map touches, as alpha. Values beyond the map's ends are
+// cut, NaN is black. The pixel sources are the pixel's centre, from (0.5, 0.5) in the upper left
+// corner. Nobody hears the logging nodes. The bytes do not depend on the number of threads; the
+// file is left to the caller to commit. Throws Fault when the plan has no such output or the file
+// is refused.
+void renderImage(Plan const& plan, ImageOptions const& options, OutputFile& file);
+
+}  // namespace nodus::host
