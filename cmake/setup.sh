@@ -4,7 +4,8 @@
 set -eu
 
 run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libpng-dev"
-test="$run clang clang-format libclang-rt-14-dev googletest binutils"
+test="$run clang clang-format libclang-rt-14-dev googletest binutils
+    pkg-config dpkg-dev file lintian doxygen graphviz zsh"
 
 case "${1:-}" in
 run) wanted=$run ;;

@@ -5,7 +5,7 @@
 // x, y, z and w, or 0 to 3, in memory order.
 #pragma once
 
-#include "qvr/scalar.h"
+#include "scalar.h"
 
 #include <emmintrin.h>
 

@@ -1,0 +1,74 @@
+# The archive and the Debian packages that `cpack` makes of the installed components.
+set(CPACK_GENERATOR TGZ DEB)
+set(CPACK_PACKAGE_VENDOR "nodusmath authors")
+set(CPACK_PACKAGE_CONTACT "nodusmath authors <maintainers@nodusmath.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_COMPONENTS_ALL runtime module devel)
+if(TARGET nodus)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+
+# debian_package(component package section dependencies... DESCRIPTION first-line text)
+function(debian_package component package section)
+  cmake_parse_arguments(PARSE_ARGV 3 arg "" "" "DEPENDS;DESCRIPTION")
+  list(JOIN arg_DEPENDS " (= ${PROJECT_VERSION}), " depends)
+  if(depends)
+    string(APPEND depends " (= ${PROJECT_VERSION})")
+  endif()
+  list(JOIN arg_DESCRIPTION "\n" description)
+  string(TOUPPER ${component} name)
+  set(CPACK_DEBIAN_${name}_PACKAGE_NAME ${package} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${name}_PACKAGE_SECTION ${section} PARENT_SCOPE)
+  set(CPACK_DEBIAN_${name}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+  set(CPACK_COMPONENT_${name}_DESCRIPTION "${description}" PARENT_SCOPE)
+endfunction()
+
+debian_package(runtime libcompute-runtime libs
+  DESCRIPTION
+    "runtime library shared by nodus modules and hosts"
+    "Registration of node kernels, the frame that is being evaluated, the services"
+    "that a host lends to kernels, and the string type that both sides exchange.")
+debian_package(module libnodusmath libs
+  DEPENDS libcompute-runtime
+  DESCRIPTION
+    "math node kernels for nodus hosts"
+    "A loadable module of math node kernels: arithmetic, functions, comparisons,"
+    "vectors, rotations, transforms, seeded random values, gradient noise, logging;"
+    "with the catalogue that describes every node to an editor or a script.")
+debian_package(devel libnodusmath-dev libdevel
+  DEPENDS libcompute-runtime libnodusmath
+  DESCRIPTION
+    "math node kernels for nodus hosts - development files"
+    "Headers, CMake packages and pkg-config files to build a host of the module or"
+    "a module of one's own.")
+debian_package(tools nodus-tools utils
+  DEPENDS libcompute-runtime libnodusmath
+  DESCRIPTION
+    "command line for node graphs"
+    "The command nodus lists, describes and calls node kernels and evaluates graph"
+    "files over frames; with its manual page, shell completion and sample graphs.")
+
+# Each Debian package carries a copyright statement and a changelog of its own.
+file(STRINGS CHANGELOG.md release REGEX "^## \\[${PROJECT_VERSION}\\] - " LIMIT_COUNT 1)
+if(NOT release MATCHES "- ([0-9]+-[0-9]+-[0-9]+)$")
+  message(FATAL_ERROR "CHANGELOG.md says nothing about version ${PROJECT_VERSION}")
+endif()
+set(release_day ${CMAKE_MATCH_1})
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
+configure_file(cmake/debian_documents.cmake.in ${CMAKE_BINARY_DIR}/packages/debian_documents.cmake
+  @ONLY)
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/packages/debian_documents.cmake)
+file(WRITE ${CMAKE_BINARY_DIR}/packages/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${CMAKE_BINARY_DIR}/packages/triggers)
+
+include(CPack)

@@ -1,0 +1,53 @@
+#!/bin/sh
+# Makes the Debian packages, asks lintian, and runs what they hold.
+# usage: debian_test.sh BUILD-DIRECTORY VERSION [with-tools]
+set -eu
+build=$1
+version=$2
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+
+if ! command -v dpkg-shlibdeps >/dev/null; then
+    echo "SKIPPED: dpkg-dev is missing"
+    exit 77
+fi
+cd "$build"
+cpack -G DEB -B "$scratch/packages" >"$scratch/log" 2>&1 || {
+    cat "$scratch/log" >&2
+    fail "cpack makes no packages"
+}
+cd "$scratch/packages"
+packages="libcompute-runtime libnodusmath libnodusmath-dev"
+[ "${3:-}" != with-tools ] || packages="$packages nodus-tools"
+for package in $packages; do
+    file=$(echo "${package}_${version}"_*.deb)
+    [ -f "$file" ] || fail "there is no package $package"
+    dpkg-deb -x "$file" "$scratch/root"
+    depends=$(dpkg-deb -f "$file" Depends)
+    case $package in
+    libcompute-runtime) wanted="libstdc++6" ;;
+    *) wanted="libcompute-runtime (= $version)" ;;
+    esac
+    case $depends in
+    *"$wanted"*) ;;
+    *) fail "$package depends on '$depends', without $wanted" ;;
+    esac
+done
+
+if [ "${3:-}" = with-tools ]; then
+    [ -n "$("$scratch/root/usr/bin/nodus" list)" ] || fail "the packaged command lists no kernels"
+fi
+
+if command -v lintian >/dev/null; then
+    as_root=""
+    [ "$(id -u)" != 0 ] || as_root=--allow-root
+    lintian $as_root --fail-on error ./*.deb || fail "lintian found an error"
+else
+    echo "SKIPPED: lintian is missing"
+    exit 77
+fi

@@ -1,0 +1,75 @@
+#!/bin/sh
+# Installs into a scratch prefix, moves it, and uses it from there: a host by find_package, a host by
+# pkg-config, every public header alone, and the command.
+# usage: install_test.sh BUILD-DIRECTORY VERSION [with-tools]
+set -eu
+build=$1
+version=$2
+here=$(cd "$(dirname "$0")" && pwd)
+cxx=${CXX:-g++}
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+expect() { # expect WHAT EXPECTED GOT
+    [ "$2" = "$3" ] || fail "$1: expected '$2', got '$3'"
+}
+
+cmake --install "$build" --prefix "$scratch/built" >/dev/null
+mkdir "$scratch/elsewhere"
+mv "$scratch/built" "$scratch/elsewhere/moved"
+prefix=$scratch/elsewhere/moved
+libdir=$(dirname "$(find "$prefix" -name libcompute_runtime.so)")
+
+if grep -rlF -e "$scratch/built" -e "$build" "$prefix"; then
+    fail "these files know where they were built or first installed"
+fi
+
+module=$(find "$prefix" -name libnodusmath.so)
+expect "where the module finds the runtime" "$libdir/libcompute_runtime.so" \
+    "$(realpath "$(ldd "$module" | sed -n 's/.*libcompute_runtime.so => \(.*\) (.*/\1/p')")"
+
+cmake -G Ninja -S "$here/cmake_host" -B "$scratch/cmake_host" \
+    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_PREFIX_PATH="$prefix" >"$scratch/log" 2>&1 &&
+    cmake --build "$scratch/cmake_host" >>"$scratch/log" 2>&1 || {
+    cat "$scratch/log" >&2
+    fail "a host that uses find_package does not build"
+}
+expect "the find_package host" "11 22 33, catalogue found" "$("$scratch/cmake_host/host")"
+
+if command -v pkg-config >/dev/null; then
+    PKG_CONFIG_PATH=$libdir/pkgconfig
+    export PKG_CONFIG_PATH
+    expect "pkg-config's version" "$version" "$(pkg-config --modversion nodusmath)"
+    # shellcheck disable=SC2046 # one word a flag is what is wanted
+    "$cxx" -std=c++20 -Wall -Wextra -Werror "$here/pkgconfig_host/main.cpp" -o "$scratch/pc_host" \
+        $(pkg-config --cflags --libs compute_runtime) -Wl,-rpath,"$libdir"
+    expect "the pkg-config host" "value: three
+three, shared: yes
+kernels left: 0" "$("$scratch/pc_host" "$(pkg-config --variable=module nodusmath)")"
+
+    for header in $(cd "$prefix/include" && find . -name '*.h' | sed 's|^\./||'); do
+        # shellcheck disable=SC2046
+        echo "#include <$header>" | "$cxx" -std=c++20 -Wall -Wextra -Wpedantic -Werror -x c++ \
+            -fsyntax-only $(pkg-config --cflags nodusmath) - || fail "<$header> does not stand alone"
+    done
+else
+    echo "pkg-config is missing: its part of this test was left out"
+fi
+
+if [ "${3:-}" = with-tools ]; then
+    nodus=$prefix/bin/nodus
+    expect "the command's version" "nodus $version" "$("$nodus" --version)"
+    [ -n "$(cd / && "$nodus" list)" ] || fail "the installed command lists no kernels"
+    cd "$prefix"/share/nodus/examples
+    for graph in *.json; do
+        "$nodus" eval "$graph" --frames 0:1 >/dev/null 2>"$scratch/log" || {
+            cat "$scratch/log" >&2
+            fail "the installed sample graph $graph does not evaluate"
+        }
+    done
+fi
+echo "the installed tree works where it was moved to"
