@@ -32,12 +32,15 @@ module=$(find "$prefix" -name libnodusmath.so)
 expect "where the module finds the runtime" "$libdir/libcompute_runtime.so" \
     "$(realpath "$(ldd "$module" | sed -n 's/.*libcompute_runtime.so => \(.*\) (.*/\1/p')")"
 
-cmake -G Ninja -S "$here/cmake_host" -B "$scratch/cmake_host" \
-    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_PREFIX_PATH="$prefix" >"$scratch/log" 2>&1 &&
-    cmake --build "$scratch/cmake_host" >>"$scratch/log" 2>&1 || {
+build_cmake_host() {
+    cmake -G Ninja -S "$here/cmake_host" -B "$scratch/cmake_host" \
+        -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_PREFIX_PATH="$prefix" &&
+        cmake --build "$scratch/cmake_host"
+}
+if ! build_cmake_host >"$scratch/log" 2>&1; then
     cat "$scratch/log" >&2
     fail "a host that uses find_package does not build"
-}
+fi
 expect "the find_package host" "11 22 33, catalogue found" "$("$scratch/cmake_host/host")"
 
 if command -v pkg-config >/dev/null; then

@@ -1,0 +1,59 @@
+#!/bin/sh
+# The documentation builds without a warning (links that lead nowhere are warnings), and its examples
+# work.
+# usage: docs_test.sh BUILD-DIRECTORY [with-tools]
+set -eu
+build=$1
+source=$(cd "$(dirname "$0")/../.." && pwd)
+cxx=${CXX:-g++}
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+# The code blocks of a page in one language, each to a file of its own: NAME.1, NAME.2, ...
+blocks() { # blocks PAGE LANGUAGE NAME
+    awk -v fence="\`\`\`$2" -v name="$scratch/$3" '
+        $0 == fence { file = name "." ++count; next }
+        /^```/ { file = "" }
+        file { print > file }' "$source/docs/$1"
+    [ -f "$scratch/$3.1" ] || fail "docs/$1 has no $2"
+}
+compile() {
+    "$cxx" -x c++ -std=c++20 -Wall -Wextra -D_GLIBCXX_USE_CXX11_ABI=0 \
+        -I"$source/runtime/include" -I"$source/modules" -I"$source/modules/nodusmath" "$@"
+}
+
+blocks host_and_module.md cpp host
+compile -w "$scratch/host.1" -o "$scratch/host" -L"$build/lib" -lcompute_runtime \
+    -Wl,-rpath,"$build/lib"
+said=$("$scratch/host" "$build/lib/libnodusmath.so")
+[ "$said" = "10 20 30" ] || fail "the host of docs/host_and_module.md says '$said'"
+
+blocks adding_a_family.md cpp family
+compile -Werror -fsyntax-only "$scratch/family.1" || fail "the kernels of docs/adding_a_family.md"
+blocks block_layout.md cpp layout
+{
+    echo '#include <nodusmath/ports.h>'
+    cat "$scratch/layout.1"
+} >"$scratch/layout.cpp"
+compile -Werror -fsyntax-only "$scratch/layout.cpp" || fail "the code of docs/block_layout.md"
+
+if [ "${2:-}" = with-tools ]; then
+    blocks graph_file.md json graph
+    mv "$scratch/graph.1" "$scratch/turn.json"
+    lines=$("$build/bin/nodus" eval "$scratch/turn.json" --frames 0:2 | wc -l)
+    [ "$lines" -eq 4 ] || fail "the graph of docs/graph_file.md gives $lines lines, not 4"
+fi
+
+if ! command -v doxygen >/dev/null; then
+    echo "SKIPPED: doxygen is missing"
+    exit 77
+fi
+cmake --build "$build" --target docs >"$scratch/log" 2>&1 || {
+    cat "$scratch/log" >&2
+    fail "doxygen warns"
+}
+[ -f "$build/docs/html/index.html" ] || fail "doxygen wrote no index"
