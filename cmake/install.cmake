@@ -34,3 +34,34 @@ foreach(package compute_runtime nodusmath)
   install(FILES ${CMAKE_BINARY_DIR}/packages/${package}.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT devel)
 endforeach()
+
+if(NOT TARGET nodus)
+  return()
+endif()
+install(TARGETS nodus RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus/examples COMPONENT tools)
+
+# The command itself writes its manual and completions.
+find_program(GZIP gzip)
+set(manual_page nodus.1)
+set(manual_commands COMMAND nodus manual man > nodus.1)
+if(GZIP)
+  set(manual_page nodus.1.gz)
+  list(APPEND manual_commands COMMAND ${GZIP} -9nf nodus.1)
+endif()
+set(manual_dir ${CMAKE_BINARY_DIR}/manual)
+file(MAKE_DIRECTORY ${manual_dir})
+add_custom_command(
+  OUTPUT ${manual_dir}/${manual_page} ${manual_dir}/nodus.bash ${manual_dir}/_nodus
+  ${manual_commands}
+  COMMAND nodus manual bash > nodus.bash
+  COMMAND nodus manual zsh > _nodus
+  WORKING_DIRECTORY ${manual_dir}
+  COMMENT "Writing the manual page and the completions")
+add_custom_target(nodus_manual ALL DEPENDS ${manual_dir}/${manual_page})
+install(FILES ${manual_dir}/${manual_page}
+  DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+install(FILES ${manual_dir}/nodus.bash RENAME nodus
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+install(FILES ${manual_dir}/_nodus
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)

@@ -59,12 +59,6 @@ debian_package(tools nodus-tools utils
     "files over frames; with its manual page, shell completion and sample graphs.")
 
 # Each Debian package carries a copyright statement and a changelog of its own.
-file(STRINGS CHANGELOG.md release REGEX "^## \\[${PROJECT_VERSION}\\] - " LIMIT_COUNT 1)
-if(NOT release MATCHES "- ([0-9]+-[0-9]+-[0-9]+)$")
-  message(FATAL_ERROR "CHANGELOG.md says nothing about version ${PROJECT_VERSION}")
-endif()
-set(release_day ${CMAKE_MATCH_1})
-set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md)
 configure_file(cmake/debian_documents.cmake.in ${CMAKE_BINARY_DIR}/packages/debian_documents.cmake
   @ONLY)
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_BINARY_DIR}/packages/debian_documents.cmake)

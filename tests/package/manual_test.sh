@@ -1,0 +1,82 @@
+#!/bin/bash
+# Every sub-command and option of --help stands in the manual page and is offered by the completions.
+# usage: manual_test.sh BUILD-DIRECTORY
+set -eu
+nodus=$1/bin/nodus
+here=$(cd "$(dirname "$0")" && pwd)
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+
+fail() {
+    echo "FAILED: $*" >&2
+    exit 1
+}
+options_of() { # the long options that --help of nodus, or of a sub-command, tells
+    "$nodus" "$@" --help | sed -n 's/^ *\(-[^ ]*\).*/\1/p' | grep -o -e '--[a-z-]*' | sort -u
+}
+
+commands=$("$nodus" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\)  .*/\1/p')
+[ "$(echo "$commands" | wc -w)" -ge 4 ] || fail "--help tells of too few sub-commands: $commands"
+
+"$nodus" manual man >"$scratch/nodus.1"
+sed 's/\\-/-/g; s/\\f[BRI]//g' "$scratch/nodus.1" >"$scratch/plain"
+for command in "" $commands; do
+    sed -n "/^\.S[HS] ${command:+nodus }${command:-OPTIONS}\$/,/^\.S[HS] [^O]/p" "$scratch/plain" \
+        >"$scratch/section"
+    [ -s "$scratch/section" ] || fail "the manual page has no section for '$command'"
+    # shellcheck disable=SC2086 # no word where there is no sub-command
+    for option in $(options_of $command); do
+        grep -q -e "$option\b" "$scratch/section" || fail "nodus.1 lacks '$command $option'"
+    done
+done
+if command -v man >/dev/null; then
+    warnings=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z \
+        "$scratch/nodus.1" 2>&1 >/dev/null)
+    [ -z "$warnings" ] || fail "man warns: $warnings"
+fi
+
+# The functions as the shells call them.
+"$nodus" manual bash >"$scratch/nodus.bash"
+# shellcheck disable=SC1091
+. "$scratch/nodus.bash"
+complete_words() { # what bash offers for the last of these words
+    COMP_WORDS=("$@")
+    COMP_CWORD=$(($# - 1))
+    COMPREPLY=()
+    PATH=$(dirname "$nodus"):$PATH _nodus
+    printf '%s\n' "${COMPREPLY[@]}"
+}
+offers() { # offers WHAT WORDS...
+    local what=$1
+    shift
+    complete_words "$@" | grep -qx -e "$what" || fail "bash does not offer '$what' for: $*"
+}
+for command in $commands; do
+    offers "$command" nodus "${command%?}"
+    for option in $(options_of "$command"); do
+        offers "$option" nodus "$command" "${option%?}"
+    done
+done
+offers --version nodus --v
+offers Add_Translation nodus describe Add_Tr
+cd "$scratch"
+: >spinning.json
+offers spinning.json nodus eval spin
+offers spinning.json nodus eval --data spin
+
+"$nodus" manual zsh >"$scratch/_nodus"
+for command in $commands; do
+    sed -n "/^    $command)\$/,/;;/p" "$scratch/_nodus" >"$scratch/section"
+    for option in $(options_of "$command"); do
+        grep -q -e "[)*]$option\\[" "$scratch/section" || fail "_nodus lacks '$command $option'"
+    done
+done
+if ! command -v zsh >/dev/null; then
+    echo "SKIPPED: zsh is missing"
+    exit 77
+fi
+zsh -f "$here/zsh_completion.zsh" "$nodus" "$scratch/_nodus" >"$scratch/offered" 2>&1 ||
+    { cat "$scratch/offered" >&2; fail "zsh cannot complete"; }
+for wanted in describe --frames Add_Translation; do
+    grep -q -e "$wanted" "$scratch/offered" || fail "zsh does not offer $wanted: $(cat "$scratch/offered")"
+done
