@@ -75,8 +75,8 @@ if ! command -v zsh >/dev/null; then
     echo "SKIPPED: zsh is missing"
     exit 77
 fi
-zsh -f "$here/zsh_completion.zsh" "$nodus" "$scratch/_nodus" >"$scratch/offered" 2>&1 ||
-    { cat "$scratch/offered" >&2; fail "zsh cannot complete"; }
-for wanted in describe --frames Add_Translation; do
-    grep -q -e "$wanted" "$scratch/offered" || fail "zsh does not offer $wanted: $(cat "$scratch/offered")"
-done
+offered=$(zsh -f "$here/zsh_completion.zsh" "$nodus" "$scratch/_nodus") || fail "zsh gives no answer"
+expected='completed <nodus describe >
+completed <nodus eval --frames >
+completed <nodus call Add_Translation >'
+[ "$offered" = "$expected" ] || fail "zsh completes otherwise: $offered"

@@ -1,16 +1,30 @@
-# Types at an interactive zsh and prints what its completion of nodus makes of it.
+# Types at an interactive zsh and prints what its completion of nodus makes of each line.
 # usage: zsh -f zsh_completion.zsh NODUS _NODUS
 zmodload zsh/zpty || exit 1
+setup=${2:h}/setup.zsh
+cat >$setup <<END
+PS1= path=(${1:h} \$path) fpath=(${2:h} \$fpath)
+autoload -U compinit && compinit -u -D
+completed() { zle complete-word; print -r -- "completed <\$BUFFER>" >>$setup.out; zle kill-whole-line }
+zle -N completed
+bindkey '^I' completed
+: >$setup.out
+END
 zpty shell zsh -f -i
-zpty -w shell "PS1=; path=(${1:h} \$path); fpath=(${2:h} \$fpath); autoload -U compinit; compinit -u -D"
-zpty -w shell "setopt no_list_beep; zstyle ':completion:*' list-prompt ''; echo rea''dy"
-zpty -r shell output '*ready*' || exit 1
+zpty -w shell "source $setup"
+wait_for() { # lines of output, for at most ten seconds
+    for try in {1..100}; do
+        [[ -f $setup.out && $(wc -l <$setup.out) -ge $1 ]] && return
+        sleep 0.1
+        zpty -r -t shell ignored
+    done
+    exit 1
+}
+wait_for 0
+lines=0
 for line in 'nodus desc' 'nodus eval --fram' 'nodus call Add_Tr'; do
     zpty -w -n shell "$line"$'\t'
-    sleep 1
-    while zpty -r -t shell output; do
-        print -r -- "$output"
-    done
-    zpty -w -n shell $'\C-u'
+    wait_for $(( ++lines ))
 done
 zpty -d shell
+cat $setup.out
