@@ -69,7 +69,13 @@ if [ "${3:-}" = with-tools ]; then
     [ -n "$(cd / && "$nodus" list)" ] || fail "the installed command lists no kernels"
     cd "$prefix"/share/nodus/examples
     for graph in *.json; do
-        "$nodus" eval "$graph" --frames 0:1 >/dev/null 2>"$scratch/log" || {
+        table=${graph%.json}.csv
+        if [ -f "$table" ]; then
+            set -- --data "$table"
+        else
+            set -- --frames 0:1
+        fi
+        "$nodus" eval "$graph" "$@" >/dev/null 2>"$scratch/log" || {
             cat "$scratch/log" >&2
             fail "the installed sample graph $graph does not evaluate"
         }
