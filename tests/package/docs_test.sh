@@ -41,6 +41,14 @@ blocks block_layout.md cpp layout
 } >"$scratch/layout.cpp"
 compile -Werror -fsyntax-only "$scratch/layout.cpp" || fail "the code of docs/block_layout.md"
 
+# What depends on the machine is named where the guarantees are.
+families=$(awk -F '"' '/^ *"name":/ { family = $4 } /"dependsOn"/ { print family }' \
+    "$source/modules/nodusmath/nodusmath.json")
+[ "$(echo "$families" | wc -l)" -gt 10 ] || fail "the catalogue has few dependsOn: $families"
+for family in $families; do
+    grep -q "\`$family\`" "$source/docs/guarantees.md" || fail "docs/guarantees.md forgets $family"
+done
+
 if [ "${2:-}" = with-tools ]; then
     blocks graph_file.md json graph
     mv "$scratch/graph.1" "$scratch/turn.json"

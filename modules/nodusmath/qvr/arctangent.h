@@ -1,7 +1,7 @@
 // The arc tangent as a fixed quotient of polynomials.
 #pragma once
 
-#include "qvr/polynomials.h"
+#include "polynomials.h"
 
 namespace qvr {
 

@@ -1,7 +1,7 @@
 // Four 32-bit integers beside four floats: conversions both ways, and lanes as table indices.
 #pragma once
 
-#include "qvr/vec4.h"
+#include "vec4.h"
 
 #include <emmintrin.h>
 

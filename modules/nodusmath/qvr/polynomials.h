@@ -4,7 +4,7 @@
 // taking the nearest whole number off.
 #pragma once
 
-#include "qvr/products.h"
+#include "products.h"
 
 namespace qvr {
 

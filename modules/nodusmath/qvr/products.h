@@ -1,7 +1,7 @@
 // Sums of products: the dot product, the cross product, and the normalisation that they carry.
 #pragma once
 
-#include "qvr/vec4.h"
+#include "vec4.h"
 
 namespace qvr {
 

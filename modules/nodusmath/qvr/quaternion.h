@@ -2,8 +2,8 @@
 // A unit quaternion q rotates v as q v q*, so of a product the right factor is applied first.
 #pragma once
 
-#include "qvr/polynomials.h"
-#include "qvr/products.h"
+#include "polynomials.h"
+#include "products.h"
 
 #include <bit>
 

@@ -2,7 +2,7 @@
 // Both are functions and data of the library; what they do is in rotation_order.h.
 #pragma once
 
-#include "qvr/vec4.h"
+#include "vec4.h"
 
 #include <cstdint>
 

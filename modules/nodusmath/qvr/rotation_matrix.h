@@ -1,8 +1,8 @@
 // Rotations as three rows, the images of the axes: row vectors are multiplied from the left.
 #pragma once
 
-#include "qvr/products.h"
-#include "qvr/quaternion.h"
+#include "products.h"
+#include "quaternion.h"
 
 namespace qvr {
 

@@ -9,9 +9,9 @@
 //   12     a twist about X, then a swing about an axis in the YZ plane
 #pragma once
 
-#include "qvr/arctangent.h"
-#include "qvr/quaternion.h"
-#include "qvr/rotation_matrix.h"
+#include "arctangent.h"
+#include "quaternion.h"
+#include "rotation_matrix.h"
 
 #include <cstdint>
 
