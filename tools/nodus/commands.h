@@ -26,5 +26,6 @@ Command addCall(CLI::App& app, Shared const& shared);
 Command addDescribe(CLI::App& app, Shared const& shared);
 Command addEval(CLI::App& app, Shared const& shared);
 Command addList(CLI::App& app, Shared const& shared);
+Command addManual(CLI::App& app, Shared const& shared);
 
 }  // namespace nodus::tools

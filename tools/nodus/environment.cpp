@@ -20,7 +20,7 @@ std::string moduleBesideCommand()
     fs::path const bin = fs::read_symlink("/proc/self/exe").parent_path();
     std::string tried;
     for (char const* const place :
-         {"../lib/libnodusmath.so", "../lib/nodus/modules/libnodusmath.so"}) {
+         {"../lib/libnodusmath.so", NODUS_LIBRARIES "/nodus/modules/libnodusmath.so"}) {
         fs::path const path = (bin / place).lexically_normal();
         if (fs::exists(path))
             return path.string();
