@@ -1,16 +1,18 @@
 #!/bin/sh
 # Installs the Debian packages that the project's commands need and that are not there yet.
-# usage: cmake/setup.sh run|test
+# usage: cmake/setup.sh run|test|benchmark
 set -eu
 
 run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libpng-dev"
-test="$run clang clang-format libclang-rt-14-dev googletest binutils
-    pkg-config dpkg-dev file lintian doxygen graphviz zsh"
+test="$run clang clang-format libclang-rt-14-dev googletest binutils valgrind
+    pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db"
+benchmark="$run googletest valgrind libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libstb-dev"
 
 case "${1:-}" in
 run) wanted=$run ;;
 test) wanted=$test ;;
-*) echo "usage: cmake/setup.sh run|test" >&2; exit 2 ;;
+benchmark) wanted=$benchmark ;;
+*) echo "usage: cmake/setup.sh run|test|benchmark" >&2; exit 2 ;;
 esac
 
 missing=""
