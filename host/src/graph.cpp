@@ -6,7 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <ranges>
+
 #include <unordered_map>
 #include <unordered_set>
 
@@ -18,6 +18,9 @@ using Kind = JsonValue::Kind;
 
 constexpr std::string_view kSourceShape =
     R"(a source is {"from": "node.port"}, {"frame": true} or {"column": "name"})";
+
+// Looking for the nearest name takes time; with very many faults, the first ones get it.
+constexpr std::size_t kMostSearches = 20;
 
 std::string quoted(std::string_view text)
 {
@@ -88,13 +91,21 @@ private:
                 fault(place, "unknown key " + quoted(key) + nearest(key, known, known));
     }
 
-    // Looking for the nearest name takes time; with very many faults, the first ones get it.
+    // The nearest of the names, or all of them in a short list.
     template <typename Names>
     std::string nearest(std::string_view wrong, Names const& names,
                         std::vector<std::string_view> const& all)
     {
-        std::string const near = ++m_searches <= 20 ? didYouMean(wrong, names) : "";
+        std::string const near = ++m_searches <= kMostSearches ? didYouMean(wrong, names) : "";
         return !near.empty() || all.empty() ? near : "; known: " + alternatives(all);
+    }
+
+    std::string nearestNode(std::string_view wrong)
+    {
+        std::vector<std::string_view> names;
+        for (std::size_t i = 0; m_searches < kMostSearches && i < m_graph.nodes.size(); ++i)
+            names.push_back(m_graph.nodes[i].name);
+        return nearest(wrong, names, {});
     }
 
     void readNodes(JsonValue const& nodes)
@@ -114,7 +125,7 @@ private:
         node.name = name;
         node.type = nullptr;
         // Of two nodes of one name the first is meant; the reader of the file has told it already.
-        m_nodes.emplace(node.name, m_graph.nodes.size() - 1);
+        m_nodes.emplace(name, m_graph.nodes.size() - 1);
         std::string const place = "node " + quoted(name);
         if (name.empty() || name.find('.') != name.npos)
             fault(place, "a node's name is not empty and has no dots");
@@ -130,17 +141,12 @@ private:
         }
         node.type = m_catalogue.find(type->text);
         if (node.type == nullptr) {
-            fault(place, "unknown node type " + quoted(type->text) +
-                             (++m_searches <= 20 ? m_catalogue.suggestion(type->text) : ""));
+            fault(place,
+                  "unknown node type " + quoted(type->text) +
+                      (++m_searches <= kMostSearches ? m_catalogue.suggestion(type->text) : ""));
             return;
         }
-        node.constants.resize(node.type->inputExtent);
-        for (Port const& port : node.type->inputs) {
-            std::memcpy(node.constants.data() + port.offset, port.standard.bytes.data(),
-                        port.type->size);
-            if (port.type->id == TypeId::String && !port.standard.text.empty())
-                node.texts.emplace_back(port.offset, port.standard.text);
-        }
+        node = makeNode(name, *node.type);
     }
 
     void readInputs(GraphNode& node, JsonValue const& inputs)
@@ -192,13 +198,6 @@ private:
         }
     }
 
-    static void setText(GraphNode& node, std::size_t offset, std::string text)
-    {
-        std::erase_if(node.texts, [&](auto const& known) { return known.first == offset; });
-        if (!text.empty())
-            node.texts.emplace_back(offset, std::move(text));
-    }
-
     void readParts(GraphNode& node, JsonValue const& json, std::size_t offset,
                    std::string const& place)
     {
@@ -231,7 +230,8 @@ private:
         std::string const& key = json.keys.front();
         JsonValue const& item = json.items.front();
         auto const feed = [&](Source const& source) {
-            dropText(node, wanted, offset);
+            if (wanted.id == TypeId::String)
+                setText(node, offset, {});
             node.feeds.push_back({offset, &wanted, source});
         };
         auto const isA = [&](TypeId type, std::string const& what) {
@@ -270,12 +270,6 @@ private:
         }
     }
 
-    static void dropText(GraphNode& node, ValueType const& type, std::size_t offset)
-    {
-        if (type.id == TypeId::String)
-            setText(node, offset, {});
-    }
-
     template <typename Add>
     void readColumn(std::string const& name, ValueType const& wanted, std::string const& place,
                     Add feed)
@@ -303,9 +297,7 @@ private:
         Path const path(text);
         auto const found = m_nodes.find(path.node);
         if (found == m_nodes.end()) {
-            fault(place, "there is no node " + quoted(path.node) +
-                             nearest(path.node,
-                                     std::views::transform(m_graph.nodes, &GraphNode::name), {}));
+            fault(place, "there is no node " + quoted(path.node) + nearestNode(path.node));
             return std::nullopt;
         }
         NodeType const* const type = m_graph.nodes[found->second].type;
@@ -402,6 +394,25 @@ Graph check(std::optional<JsonValue> const& root, std::string const& origin,
 }
 
 }  // namespace
+
+GraphNode makeNode(std::string name, NodeType const& type)
+{
+    GraphNode node{std::move(name), &type, std::vector<std::byte>(type.inputExtent), {}, {}};
+    for (Port const& port : type.inputs) {
+        std::memcpy(node.constants.data() + port.offset, port.standard.bytes.data(),
+                    port.type->size);
+        if (port.type->id == TypeId::String)
+            setText(node, port.offset, port.standard.text);
+    }
+    return node;
+}
+
+void setText(GraphNode& node, std::size_t offset, std::string text)
+{
+    std::erase_if(node.texts, [&](auto const& known) { return known.first == offset; });
+    if (!text.empty())
+        node.texts.emplace_back(offset, std::move(text));
+}
 
 Graph readGraph(std::string const& path, Catalogue const& catalogue,
                 GraphSurroundings const& surroundings, Diagnostics& diagnostics)

@@ -58,7 +58,7 @@ public:
         }
         std::vector<std::size_t> cycle(std::ranges::find(walk, walk.back()) + 1, walk.end());
         std::ranges::reverse(cycle);
-        std::ranges::rotate(cycle, std::ranges::min_element(cycle));
+        std::rotate(cycle.begin(), std::ranges::min_element(cycle), cycle.end());
         for (std::size_t const node : cycle)
             m_isOut[node] = true;
         for (std::size_t const node : cycle)

@@ -148,7 +148,7 @@ TEST(Frames, RangesAndTheirFaults)
              {"1:2.5", "'2.5' is not a whole number"},
              {"1:2:3:4", "wants FIRST:LAST or FIRST:LAST:STEP"},
              {"0:2147483648", "'2147483648' is outside Int32"}}) {
-        std::string const faults = faultsOf([&] { parseFrames(text); });
+        std::string const faults = faultsOf([range = text] { parseFrames(range); });
         EXPECT_NE(faults.find(told), faults.npos) << text << ": " << faults;
     }
 }

@@ -257,6 +257,8 @@ TEST(Describe, TellsPortsOfATypeAKernelAndAFamily)
                               "  scalar         Float, default 0\n"),
               std::string::npos)
         << family.out;
+    EXPECT_NE(nodus({"describe", "Abs"}).out.find("T, default 0, identity for Matrix4x4\n"),
+              std::string::npos);
 }
 
 TEST(Call, ShowsOutputsAndMessages)

@@ -43,7 +43,7 @@ void setInput(host::GraphNode& node, std::string const& argument)
         throw host::Fault("input '" + name + "': " + wrong);
     std::memcpy(node.constants.data() + port->offset, value.bytes.data(), port->type->size);
     if (port->type->id == host::TypeId::String)
-        node.texts.emplace_back(port->offset, value.text);
+        host::setText(node, port->offset, value.text);
 }
 
 int call(Options const& options, Shared const& shared)
@@ -55,12 +55,7 @@ int call(Options const& options, Shared const& shared)
                           environment.catalogue().suggestion(options.type));
 
     host::Graph graph;
-    host::GraphNode& node = graph.nodes.emplace_back();
-    node.type = type;
-    node.constants.resize(type->inputExtent);
-    for (host::Port const& port : type->inputs)
-        std::memcpy(node.constants.data() + port.offset, port.standard.bytes.data(),
-                    port.type->size);
+    host::GraphNode& node = graph.nodes.emplace_back(host::makeNode("call", *type));
     host::Diagnostics diagnostics;
     for (std::string const& argument : options.values) {
         try {

@@ -63,6 +63,21 @@ std::string typeText(Types const& types, Ports ports, std::string const& name)
     return text;
 }
 
+// "0", or "0, identity for Matrix4x4" where the types differ.
+std::string standardsText(Types const& types, std::string const& name)
+{
+    std::string text, usual;
+    for (NodeType const* const type : types)
+        if (Port const* const port = find(type->inputs, name)) {
+            std::string const own = standardText(*port);
+            if (text.empty())
+                text = usual = own;
+            else if (own != usual)
+                text += ", " + own + " for " + type->suffix;
+        }
+    return text;
+}
+
 std::string portsText(Types const& types, Ports ports, bool areInputs)
 {
     std::string text;
@@ -76,7 +91,7 @@ std::string portsText(Types const& types, Ports ports, bool areInputs)
             if (!port.unit.empty())
                 text += ", in " + port.unit;
             if (areInputs)
-                text += ", default " + standardText(port);
+                text += ", default " + standardsText(types, port.name);
             for (std::size_t i = 0; i < port.choices.size(); ++i)
                 text += fmt::format("{}{} {}", i == 0 ? "; " : ", ", port.choices[i].value,
                                     port.choices[i].name);

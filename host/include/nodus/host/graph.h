@@ -48,6 +48,12 @@ struct Graph {
     std::vector<GraphOutput> outputs;
 };
 
+// A node whose inputs have their standard values.
+GraphNode makeNode(std::string name, NodeType const& type);
+
+// A constant for the String port at that offset, in place of the one it had.
+void setText(GraphNode& node, std::size_t offset, std::string text);
+
 // What a graph's sources may refer to besides its own nodes.
 struct GraphSurroundings {
     std::string tablePath;                              // empty: there is no table
