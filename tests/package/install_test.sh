@@ -68,8 +68,9 @@ if [ "${3:-}" = with-tools ]; then
     expect "the command's version" "nodus $version" "$("$nodus" --version)"
     [ -n "$(cd / && "$nodus" list)" ] || fail "the installed command lists no kernels"
     cd "$prefix"/share/nodus/examples
-    evaluates() { # alone, or with one of the tables beside it
+    evaluates() { # alone, as a picture, or with one of the tables beside it
         "$nodus" eval "$1" --frames 0:1 && return
+        "$nodus" eval "$1" --image "$scratch/picture.png" --size 8x8 && return
         for table in *.csv; do
             "$nodus" eval "$1" --data "$table" && return
         done
