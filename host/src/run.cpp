@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <atomic>
 #include <limits>
+#include <mutex>
 
 namespace nodus::host {
 
@@ -21,6 +22,9 @@ constexpr std::size_t kMostFaults = 20;
 
 // A stretch of frames on its way from the reader to the writer.
 struct Batch {
+    // Held by the stage that works on it. The pipeline keeps the stages apart as well, but by means
+    // that the thread sanitizer cannot see; a lock for each batch costs nothing.
+    std::mutex turn;
     std::vector<std::int32_t> frames;
     TableRows rows;
     TextBuffer results, log;
@@ -61,6 +65,14 @@ public:
         m_batchFrames = std::clamp(std::min(byWork, bySize), std::size_t{1}, std::size_t{2048});
     }
 
+    // Whatever the workers wrote is seen by who destroys it.
+    ~Run()
+    {
+        std::scoped_lock const readerAndWriter(m_readerTurn, m_writerTurn);
+        for (Batch& batch : m_batches)
+            std::scoped_lock const lock(batch.turn);
+    }
+
     std::uint64_t run()
     {
         if (m_options.table != nullptr && m_options.frames && m_options.frames->first < 0)
@@ -83,6 +95,7 @@ public:
                     tbb::make_filter<Batch*, void>(tbb::filter_mode::serial_in_order,
                                                    [&](Batch* batch) { write(*batch); }));
         });
+        std::scoped_lock const writer(m_writerTurn);
         m_faults.throwIfAny();
         return m_done;
     }
@@ -92,7 +105,9 @@ private:
     // of the next one is free.
     Batch* read(tbb::flow_control& control)
     {
+        std::scoped_lock const reader(m_readerTurn);
         Batch& batch = m_batches[m_nextBatch++ % m_batches.size()];
+        std::scoped_lock const lock(batch.turn);
         batch.clear();
         while (batch.frames.size() < m_batchFrames && !m_isRead && readFrame(batch)) {
         }
@@ -147,6 +162,7 @@ private:
 
     void evaluate(Batch& batch)
     {
+        std::scoped_lock const lock(batch.turn);
         Worker& worker = *m_workers.local();
         std::size_t const inBlock = m_plan.framesPerBlock;
         for (std::size_t first = 0; first < batch.frames.size(); first += inBlock) {
@@ -169,6 +185,7 @@ private:
 
     void write(Batch& batch)
     {
+        std::scoped_lock const lock(m_writerTurn, batch.turn);
         m_isFaulty = m_isFaulty || !batch.faults.empty();
         if (m_isFaulty) {
             collect(batch.faults);
@@ -209,10 +226,12 @@ private:
     std::vector<Batch> m_batches;
     std::size_t m_batchFrames = 1;
     // The reader's own.
+    std::mutex m_readerTurn;
     std::size_t m_nextBatch = 0;
     std::uint64_t m_index = 0;
     bool m_isRead = false;
     // The writer's own, except that the others may look whether it still makes sense to go on.
+    std::mutex m_writerTurn;
     std::uint64_t m_done = 0;
     Diagnostics m_faults;
     std::atomic<bool> m_isFaulty = false, m_hasEnoughFaults = false;

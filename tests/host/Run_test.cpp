@@ -5,6 +5,8 @@
 
 #include "nodus/host/run.h"
 
+#include <tbb/global_control.h>
+
 #include <algorithm>
 
 using namespace fixtures;
@@ -21,6 +23,8 @@ Result runWith(std::string const& graph, std::size_t threads, std::string const&
 {
     TemporaryFolder const folder;
     Result result;
+    // Every run has new threads: the thread sanitizer cannot see how old ones are given work.
+    tbb::task_scheduler_handle threadsOfThisRun{tbb::attach{}};
     result.faults = faultsOf([&] {
         RunOptions options;
         std::optional<TableReader> reader;
@@ -44,6 +48,7 @@ Result runWith(std::string const& graph, std::size_t threads, std::string const&
         results.commit();
         log.commit();
     });
+    EXPECT_TRUE(tbb::finalize(threadsOfThisRun, std::nothrow));
     if (auto const at = result.faults.find(folder / ""); at != result.faults.npos)
         result.faults.erase(at, (folder / "").size());
     result.text = folder.read("results");

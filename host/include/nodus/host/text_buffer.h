@@ -25,9 +25,13 @@ public:
 
     void append(std::string_view text)
     {
+        // An empty view may have no address at all, which memcpy must not see.
+        if (text.empty())
+            return;
         reserve(text.size());
         appendUnchecked(text);
     }
+
     void appendUnchecked(std::string_view text)
     {
         std::memcpy(m_text.get() + m_size, text.data(), text.size());
