@@ -109,6 +109,9 @@ TEST(Graph, EachFaultIsOneLine)
         {R"({"nodes": {"v": {"type": "Abs_Float2"},
                        "n": {"type": "Abs_Float", "inputs": {"value": {"from": "v.result.z"}}}}})",
          "g: node 'n', input 'value': 'v.result' is Float2 and has no 'z'; it has x or y"},
+        {R"({"nodes": {"v": {"type": "Abs_Float"},
+                       "n": {"type": "Abs_Int32", "inputs": {"value": {"from": "v"}}}}})",
+         "g: node 'n', input 'value': wants Int32, 'v.result' is Float"},
         // Cycles.
         {node("Add_Float", R"("a": {"from": "n"})"), "g: node 'n' takes from itself"},
         {R"({"nodes": {"c": {"type": "Abs_Float", "inputs": {"value": {"from": "b"}}},

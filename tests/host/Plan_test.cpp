@@ -136,14 +136,49 @@ TEST(Plan, BlocksAreAlignedAndMovesAreFew)
         "a": {"type": "Add_Float3"},
         "b": {"type": "Negate_Float3", "inputs": {"value": {"from": "a"}}},
         "c": {"type": "Sub_Float3", "inputs": {"a": {"from": "b"}, "b": {"from": "a"}}},
-        "d": {"type": "Abs_UInt8"}}})"));
-    EXPECT_EQ(plan.moves.size(), 1u);  // of a to the second port of c
+        "d": {"type": "Abs_UInt8"},
+        "e": {"type": "Abs_Float", "inputs": {"value": {"from": "a.result.y"}}}}})"));
+    EXPECT_EQ(plan.moves.size(), 2u);  // of a to the second port of c, of its lane y to e
     EXPECT_EQ(plan.arenaSize % 64, 0u);
     EXPECT_EQ(plan.framesPerBlock, 64u);
     for (Step const& step : plan.steps)
         for (std::size_t const number :
              {step.in.offset, step.in.stride, step.out.offset, step.out.stride})
             EXPECT_EQ(number % 16, 0u);
+}
+
+// Both outputs lie in one block, which no port of another node can stand for.
+TEST(Plan, ANodeMayHaveTwoOutputs)
+{
+    NodeType split = nodeType([](void const* in, void* out) {
+        auto const value = *static_cast<std::int32_t const*>(in);
+        static_cast<std::int32_t*>(out)[0] = value / 10;
+        static_cast<std::int32_t*>(out)[1] = value % 10;
+    });
+    split.outputs.push_back(intPort("units"));
+    split.outputs.back().offset = 4;
+    split.outputExtent = 8;
+    NodeType join = nodeType([](void const* in, void* out) {
+        auto const* const ports = static_cast<std::int32_t const*>(in);
+        *static_cast<std::int32_t*>(out) = ports[0] * 1000 + ports[1];
+    });
+    join.inputs.push_back(intPort("second"));
+    join.inputs.back().offset = 4;
+    join.inputExtent = 8;
+
+    Graph graph = lone(split, Source::Kind::frame);
+    graph.nodes.push_back(makeNode("join", join));
+    GraphNode& taker = graph.nodes.back();
+    taker.feeds.push_back({0, &valueType(TypeId::Int32), {Source::Kind::node, 0, 0}});
+    taker.constants[4] = std::byte{3};
+    graph.order = {0, 1};
+    graph.outputs = {{"join.result", 1, 0, &valueType(TypeId::Int32)}};
+    Plan const plan = compile(graph, 2);
+    Evaluator evaluator(plan, nullptr);
+    std::int32_t const frames[] = {47, 120};
+    evaluator.evaluate(frames);
+    EXPECT_EQ(intAt(evaluator, 0), 4003);
+    EXPECT_EQ(intAt(evaluator, 1), 12003);
 }
 
 TEST(Plan, AnOutputLeftAloneIsZeroInEveryFrame)
