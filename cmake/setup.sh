@@ -3,10 +3,10 @@
 # usage: cmake/setup.sh run|test|benchmark
 set -eu
 
-run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libpng-dev"
-test="$run clang clang-format libclang-rt-14-dev googletest binutils valgrind
+run="g++ cmake ninja-build googletest nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libpng-dev"
+test="$run clang clang-format libclang-rt-14-dev binutils valgrind
     pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db"
-benchmark="$run googletest valgrind libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libstb-dev"
+benchmark="$run valgrind libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libstb-dev"
 
 case "${1:-}" in
 run) wanted=$run ;;
