@@ -18,25 +18,16 @@ inline Float asFloat(Int32 value) noexcept { return static_cast<Float>(value); }
 
 // Ties to even for Float: 2.5 gives 2.
 template <typename T> T roundOf(T value) noexcept;
-template <> inline Float roundOf(Float value) noexcept { return asFloat(qvr::toIntNearest(value)); }
+template <> inline Float roundOf(Float value) noexcept { return qvr::wholeNearest(value); }
 // Ties upwards for Double: 2.5 gives 3. The sum is rounded too: the double before 0.5 gives 1.
 template <> inline Double roundOf(Double value) noexcept { return std::floor(value + 0.5); }
 
-// The nearest integer is at most one off, and +0 taken away or added changes nothing.
 template <typename T> T floorOf(T value) noexcept;
-template <> inline Float floorOf(Float value) noexcept
-{
-    Float const nearest = roundOf(value);
-    return nearest - qvr::oneIfLess(value, nearest);
-}
+template <> inline Float floorOf(Float value) noexcept { return qvr::wholeBelow(value); }
 template <> inline Double floorOf(Double value) noexcept { return std::floor(value); }
 
 template <typename T> T ceilOf(T value) noexcept;
-template <> inline Float ceilOf(Float value) noexcept
-{
-    Float const nearest = roundOf(value);
-    return nearest + qvr::oneIfLess(nearest, value);
-}
+template <> inline Float ceilOf(Float value) noexcept { return qvr::wholeAbove(value); }
 template <> inline Double ceilOf(Double value) noexcept { return std::ceil(value); }
 
 // With the sign of the value, except that a negative integer gives +0. Through a 32-bit integer

@@ -95,7 +95,6 @@ QVR_INLINE double zeroForZero(double v, double result) noexcept
 // To a 32-bit integer, ties to even or towards zero. What no such integer is near, NaN and the
 // infinities among it, gives kNoInteger.
 inline constexpr std::int32_t kNoInteger = std::numeric_limits<std::int32_t>::min();
-QVR_INLINE std::int32_t toIntNearest(float v) noexcept { return _mm_cvtss_si32(inLane0(v)); }
 QVR_INLINE std::int32_t toIntTruncating(float v) noexcept { return _mm_cvttss_si32(inLane0(v)); }
 QVR_INLINE std::int32_t toIntTruncating(double v) noexcept { return _mm_cvttsd_si32(inLane0(v)); }
 
@@ -105,6 +104,26 @@ QVR_INLINE double squareRoot(double v) noexcept
 {
     __m128d const lanes = inLane0(v);
     return _mm_cvtsd_f64(_mm_sqrt_sd(lanes, lanes));
+}
+
+// Whole numbers by way of such an integer; never -0.
+QVR_INLINE __m128 nearestWhole(__m128 v) noexcept { return _mm_cvtepi32_ps(_mm_cvtps_epi32(v)); }
+// -1 in lane 0 when it is less, else +0: the comparison's mask, read as an integer, is the number.
+QVR_INLINE __m128 minusOneIfLess(__m128 a, __m128 b) noexcept
+{
+    return _mm_cvtepi32_ps(_mm_castps_si128(_mm_cmplt_ss(a, b)));
+}
+QVR_INLINE float wholeNearest(float v) noexcept { return _mm_cvtss_f32(nearestWhole(inLane0(v))); }
+// The nearest is at most one off, and +0 added or taken away changes nothing.
+QVR_INLINE float wholeBelow(float v) noexcept
+{
+    __m128 const lanes = inLane0(v), nearest = nearestWhole(lanes);
+    return _mm_cvtss_f32(_mm_add_ss(minusOneIfLess(lanes, nearest), nearest));
+}
+QVR_INLINE float wholeAbove(float v) noexcept
+{
+    __m128 const lanes = inLane0(v), nearest = nearestWhole(lanes);
+    return _mm_cvtss_f32(_mm_sub_ss(nearest, minusOneIfLess(nearest, lanes)));
 }
 
 // The processor's estimate of 1 / sqrt(v), at most 1.5 * 2^-12 off, relative: an infinity of v's
