@@ -10,9 +10,23 @@ namespace {
 constexpr std::size_t kBlockAlignment = 16;
 constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kMostFrames = 64;
+// A graph too large for the caches wants its steps fetched for more than one frame.
+constexpr std::size_t kLeastFrames = 4;
+
+// With room for rounding up.
+constexpr std::size_t kMostBytes = UINT32_MAX - kCacheLine;
 
 // Half of a typical second-level cache: the other half is for the tables and the texts around.
 constexpr std::size_t kArenaAim = 512 * 1024;
+
+// Offsets that were reserved fit.
+std::uint32_t narrow(std::size_t offset) { return static_cast<std::uint32_t>(offset); }
+
+// A port, a lane or a part of what lies at a place.
+Place within(Place place, std::size_t offset)
+{
+    return {narrow(place.offset + offset), place.stride};
+}
 
 std::size_t roundUp(std::size_t size, std::size_t alignment)
 {
@@ -34,16 +48,14 @@ public:
         std::size_t const perFrame = bytesPerFrame();
         if (m_plan.framesPerBlock == 0)
             m_plan.framesPerBlock = std::clamp(kArenaAim / std::max<std::size_t>(perFrame, 1),
-                                               std::size_t{1}, kMostFrames);
+                                               kLeastFrames, kMostFrames);
         placeBlocks();
         m_plan.steps.reserve(m_graph.nodes.size());
         for (std::size_t const node : m_graph.order)
             addStep(node);
         for (GraphOutput const& output : m_graph.outputs)
             m_plan.outputs.push_back(
-                {output.name,
-                 output.type,
-                 {m_out[output.node].offset + output.offset, m_out[output.node].stride}});
+                {output.name, output.type, within(m_out[output.node], output.offset)});
         m_plan.arenaSize = roundUp(m_end, kCacheLine);
         return std::move(m_plan);
     }
@@ -108,11 +120,18 @@ private:
         return bytes;
     }
 
+    std::uint32_t take(std::size_t bytes)
+    {
+        std::size_t const begin = m_end;
+        m_end += bytes;
+        if (m_end > kMostBytes)
+            throw Fault("the graph is too large: its values want more than 4 GiB");
+        return narrow(begin);
+    }
+
     Place reserve(std::size_t stride)
     {
-        Place const place{m_end, stride};
-        m_end += stride * m_plan.framesPerBlock;
-        return place;
+        return {take(stride * m_plan.framesPerBlock), narrow(stride)};
     }
 
     // In the order of evaluation, so that what is read next lies near.
@@ -127,12 +146,10 @@ private:
         // A slot's node comes later in the order: all input blocks have their places by now.
         for (std::size_t const node : m_graph.order) {
             if (m_placed[node].isTaken())
-                m_out[node] = {m_in[m_placed[node].node].offset + m_placed[node].offset,
-                               m_in[m_placed[node].node].stride};
+                m_out[node] = within(m_in[m_placed[node].node], m_placed[node].offset);
             if (Feed const* const feed =
                     m_ownsInput[node] ? nullptr : onlyFeed(m_graph.nodes[node]))
-                m_in[node] = {m_out[feed->source.index].offset + feed->source.offset,
-                              m_out[feed->source.index].stride};
+                m_in[node] = within(m_out[feed->source.index], feed->source.offset);
         }
     }
 
@@ -140,7 +157,7 @@ private:
     {
         Source const& source = feed.source;
         if (source.kind == Source::Kind::node)
-            return {m_out[source.index].offset + source.offset, m_out[source.index].stride};
+            return within(m_out[source.index], source.offset);
         std::size_t const column = source.kind == Source::Kind::column ? source.index : 0;
         for (PlanSource const& known : m_plan.sources)
             if (known.kind == source.kind && known.column == column && known.type == feed.type)
@@ -161,27 +178,26 @@ private:
         step.init = nodeType.init;
         step.in = m_in[index];
         step.out = m_out[index];
-        step.firstMove = m_plan.moves.size();
+        step.firstMove = narrow(m_plan.moves.size());
         if (m_ownsInput[index]) {
             addConstants(node, step.in);
             for (Feed const& feed : node.feeds)
                 if (!isWrittenInPlace(index, feed))
-                    m_plan.moves.push_back({sourceOf(feed),
-                                            {step.in.offset + feed.offset, step.in.stride},
-                                            feed.type->id});
+                    m_plan.moves.push_back(
+                        {sourceOf(feed), within(step.in, feed.offset), feed.type->id});
         }
-        step.moveCount = m_plan.moves.size() - step.firstMove;
-        step.outExtent = nodeType.outputExtent;
+        step.moveCount = narrow(m_plan.moves.size()) - step.firstMove;
+        step.outExtent = narrow(nodeType.outputExtent);
         for (Port const& port : nodeType.outputs)
             if (port.type->id == TypeId::String) {
                 step.outExtent = 0;
                 if (!m_placed[index].isTaken())
-                    m_plan.texts.push_back({{step.out.offset + port.offset, step.out.stride}, {}});
+                    m_plan.texts.push_back({within(step.out, port.offset), {}});
             }
         if (nodeType.workspaceExtent != 0) {
             m_end = roundUp(m_end, kBlockAlignment);
-            step.workspace = m_end;
-            m_end += nodeType.workspaceExtent;
+            // One for all frames.
+            step.workspace = take(nodeType.workspaceExtent);
         }
         m_plan.steps.push_back(step);
     }
@@ -203,7 +219,7 @@ private:
         for (Port const& port : node.type->inputs) {
             if (port.type->id != TypeId::String)
                 continue;
-            Plan::Text text{{in.offset + port.offset, in.stride}, {}};
+            Plan::Text text{within(in, port.offset), {}};
             auto const known =
                 std::ranges::find(node.texts, port.offset, [](auto const& t) { return t.first; });
             if (known != node.texts.end()) {

@@ -82,7 +82,8 @@ void ResultWriter::addCells(PlanOutput const& output)
     bool const isTqs = type.id == TypeId::TQS;
     for (std::size_t lane = 0; lane < type.laneNames.size(); ++lane) {
         std::string_view const name = type.laneNames[lane];
-        Cell cell{{output.place.offset + lane * type.laneSize, output.place.stride}, type.lane, ""};
+        Cell cell{output.place, type.lane, ""};
+        cell.place.offset += static_cast<std::uint32_t>(lane * type.laneSize);
         if (m_format == ResultFormat::csv) {
             m_header += "," + csvField(output.name + (name.empty() ? "" : ".") + std::string(name));
             cell.before = ",";

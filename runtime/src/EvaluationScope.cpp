@@ -24,13 +24,12 @@ std::int32_t GetCurrentFrame() noexcept { return t_evaluation.frame; }
 LocalServiceTable const* GetLocalServiceTable() noexcept { return t_evaluation.services; }
 
 EvaluationScope::EvaluationScope(std::int32_t frame, LocalServiceTable const* services) noexcept
-    : m_outerFrame(t_evaluation.frame), m_outerServices(t_evaluation.services)
+    : m_frame(&t_evaluation.frame), m_outerFrame(t_evaluation.frame),
+      m_outerServices(t_evaluation.services)
 {
     t_evaluation = {frame, services};
 }
 
 EvaluationScope::~EvaluationScope() { t_evaluation = {m_outerFrame, m_outerServices}; }
-
-void EvaluationScope::setFrame(std::int32_t frame) noexcept { t_evaluation.frame = frame; }
 
 }  // namespace nodus::runtime

@@ -17,10 +17,11 @@
 
 namespace nodus::host {
 
-// Something in the arena: for frame i of a block at offset + i * stride.
+// Something in the arena: for frame i of a block at offset + i * stride. Narrow, as all that a step
+// is made of: in large graphs the plan itself is what has to be fetched.
 struct Place {
-    std::size_t offset = 0;
-    std::size_t stride = 0;
+    std::uint32_t offset = 0;
+    std::uint32_t stride = 0;
 };
 
 // One type's worth of bytes (or a shared text) from one place to another.
@@ -34,9 +35,9 @@ struct Step {
     SolveWithWorkspace solveWithWorkspace;  // null for all others
     InitWorkspace init;
     Place in, out;
-    std::size_t workspace;
-    std::size_t outExtent;  // set to zero before each call; 0 where the output is a text
-    std::size_t firstMove, moveCount;
+    std::uint32_t workspace;
+    std::uint32_t outExtent;  // set to zero before each call; 0 where the output is a text
+    std::uint32_t firstMove, moveCount;
 };
 
 // Values that the caller writes before each block of frames.
@@ -78,8 +79,9 @@ struct Plan {
 };
 
 // Compiles a checked graph. framesPerBlock 0: as many as keep the arena in a core's own cache, from
-// 1 to 64. The result refers to the catalogue, not to the graph; it is immutable, and any number of
-// evaluators on any threads may share it.
+// 4 to 64. Throws Fault when the arena would be larger than 4 GiB. The result refers to the
+// catalogue, not to the graph; it is immutable, and any number of evaluators on any threads may
+// share it.
 Plan compile(Graph const& graph, std::size_t framesPerBlock = 0);
 
 }  // namespace nodus::host

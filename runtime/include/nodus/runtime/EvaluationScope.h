@@ -18,12 +18,13 @@ public:
     ~EvaluationScope();
 
     // Moves this evaluation on to another frame; only for the innermost scope of the thread.
-    void setFrame(std::int32_t frame) noexcept;
+    void setFrame(std::int32_t frame) noexcept { *m_frame = frame; }
 
     EvaluationScope(EvaluationScope const&) = delete;
     EvaluationScope& operator=(EvaluationScope const&) = delete;
 
 private:
+    std::int32_t* m_frame;  // what GetCurrentFrame() reads on this thread
     std::int32_t m_outerFrame;
     LocalServiceTable const* m_outerServices;
 };
