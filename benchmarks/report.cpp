@@ -107,6 +107,17 @@ public:
     void line(std::string const& text) override { std::printf("\n%s\n", text.c_str()); }
 };
 
+std::string described(TableResult const& table)
+{
+    std::string text = "A table of a million rows through ten nodes: ";
+    for (TableResult::Stage const& stage : table.stages)
+        text += formatted("%s %.0f %%, ", stage.name.c_str(), 100 * stage.share);
+    return text +
+           formatted("of one thread's work. The command takes %.0f MB of table a second with "
+                     "one thread, %.0f with two, and %.0f MB of memory.",
+                     table.megabytes[0], table.megabytes[1], table.memory);
+}
+
 void print(Results const& results, Table& table)
 {
     Means const means = meansOf(results);
@@ -130,6 +141,14 @@ void print(Results const& results, Table& table)
                              "with the same needs: %d relative relocations, %d by name.",
                              results.loading->overEmpty, results.loading->relativeRelocations,
                              results.loading->symbolicRelocations));
+    for (GraphResult const& graph : results.graphs)
+        table.line(formatted("A graph of %zu nodes takes %.2f times as long as its kernels alone: "
+                             "%.1f ns a node beyond them. Two threads evaluate %.2f times as many "
+                             "frames as one.",
+                             graph.nodes, graph.overKernels, graph.beyondKernels,
+                             graph.withTwoThreads));
+    if (results.table)
+        table.line(described(*results.table));
 }
 
 nlohmann::json asJson(Results const& results)
@@ -157,6 +176,19 @@ nlohmann::json asJson(Results const& results)
         all["loading"] = {{"over_empty", results.loading->overEmpty},
                           {"relative_relocations", results.loading->relativeRelocations},
                           {"symbolic_relocations", results.loading->symbolicRelocations}};
+    for (GraphResult const& graph : results.graphs)
+        all["graphs"].push_back({{"nodes", graph.nodes},
+                                 {"over_kernels", graph.overKernels},
+                                 {"nanoseconds_beyond_kernels", graph.beyondKernels},
+                                 {"with_two_threads", graph.withTwoThreads}});
+    if (results.table) {
+        json shares;
+        for (TableResult::Stage const& stage : results.table->stages)
+            shares[stage.name] = stage.share;
+        all["table"] = {{"shares", shares},
+                        {"megabytes_a_second", results.table->megabytes},
+                        {"memory_megabytes", results.table->memory}};
+    }
     return all;
 }
 

@@ -18,7 +18,8 @@ using nlohmann::json;
 namespace {
 
 struct Measured {
-    double time;  // a call
+    double time;  // of the processor, a call
+    double wait;  // of the clock on the wall, the whole
     json run;
 };
 
@@ -31,10 +32,12 @@ struct AllMeasured {
     {
         std::string const name = run.at("name");
         double const time = run.at("cpu_time").get<double>() / run.at("calls").get<double>();
-        auto const [found, isNew] = byName.try_emplace(name, Measured{time, run});
+        double const wait = run.at("real_time");
+        auto const [found, isNew] = byName.try_emplace(name, Measured{time, wait, run});
         if (isNew)
             names.push_back(name);
         found->second.time = std::min(found->second.time, time);
+        found->second.wait = std::min(found->second.wait, wait);
     }
 
     Measured const& at(std::string const& name) const
@@ -87,6 +90,46 @@ Ratios ratiosOf(AllMeasured const& all, std::string const& name, std::string con
     return ratios;
 }
 
+std::vector<GraphResult> graphsIn(AllMeasured const& all)
+{
+    constexpr std::string_view kBefore = "evaluator/", kAfter = "/graph";
+    std::vector<GraphResult> graphs;
+    for (std::string const& name : all.names) {
+        if (!name.starts_with(kBefore) || !name.ends_with(kAfter))
+            continue;
+        std::string const stem = name.substr(0, name.size() - kAfter.size());
+        double const graph = all.at(name).time, kernels = all.at(stem + "/kernels").time;
+        std::string const threads = stem + "/threads/real_time/threads:";
+        graphs.push_back({std::stoul(stem.substr(kBefore.size())), graph / kernels, graph - kernels,
+                          all.at(threads + "1").wait / all.at(threads + "2").wait});
+    }
+    return graphs;
+}
+
+std::optional<TableResult> tableIn(AllMeasured const& all)
+{
+    constexpr std::string_view kStages[] = {"read", "parse", "evaluate", "format", "write"};
+    auto const at = [&](std::string_view what) -> Measured const& {
+        return all.at("table/" + std::string(what) + "/real_time");
+    };
+    if (!all.byName.contains("table/write/real_time"))
+        return std::nullopt;
+    TableResult table{};
+    double before = 0;
+    for (std::string_view const stage : kStages) {
+        double const until = at(stage).wait;
+        table.stages.push_back({std::string(stage), (until - before) / at("write").wait});
+        before = until;
+    }
+    for (int threads = 1; threads <= 2; ++threads) {
+        Measured const& command = at("command " + std::to_string(threads));
+        double const bytes = command.run.at("bytes"), milliseconds = command.wait;
+        table.megabytes[threads - 1] = bytes / milliseconds / 1000;
+        table.memory = std::max(table.memory, command.run.at("memory").get<double>() / 1e6);
+    }
+    return table;
+}
+
 }  // namespace
 
 Results readResults(std::vector<std::string> const& files)
@@ -118,6 +161,8 @@ Results readResults(std::vector<std::string> const& files)
         results.loading = {all.at("loading/module").time / all.at("loading/empty").time,
                            run.at("relative_relocations"), run.at("symbolic_relocations")};
     }
+    results.graphs = graphsIn(all);
+    results.table = tableIn(all);
     return results;
 }
 

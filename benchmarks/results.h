@@ -41,9 +41,30 @@ struct Loading {
     int relativeRelocations, symbolicRelocations;
 };
 
+// A graph of so many nodes.
+struct GraphResult {
+    std::size_t nodes;
+    double overKernels;     // evaluating it, over calling its kernels and nothing else
+    double beyondKernels;   // the difference, in nanoseconds a node
+    double withTwoThreads;  // how many times more frames in the same time
+};
+
+// A whole run over a table.
+struct TableResult {
+    struct Stage {
+        std::string name;
+        double share;
+    };
+    std::vector<Stage> stages;  // of one thread's work without a pipeline
+    double megabytes[2];        // of table, a second, by the command with one and with two threads
+    double memory;              // in megabytes, the larger of both
+};
+
 struct Results {
     std::vector<KernelResult> kernels;  // in the order in which they were measured
     std::optional<Loading> loading;
+    std::vector<GraphResult> graphs;
+    std::optional<TableResult> table;
 };
 
 inline bool comparable(PeerResult const& peer)
