@@ -1,25 +1,26 @@
 // Rotations in double precision, to hold results against, and random ones.
 #pragma once
 
-#include "values.h"
+#include "support/kernel_call.h"
 
-#include <gtest/gtest.h>
-
-#include <array>
-#include <cmath>
+#include <algorithm>
 #include <random>
 
 namespace nodus::test {
-
-using nodusmath::Quaternion;
 
 // Behind the reciprocal-square-root estimate, whose bits differ between processor makers: the
 // estimate is within 1.5 * 2^-12, one Newton step leaves 3/2 of its square, 2e-7, and roundings.
 inline constexpr double kEstimated = 6e-7;
 
-using Rotation = std::array<double, 4>;
+template <std::size_t count> using Lanes = std::array<double, count>;
+using Rotation = Lanes<4>;
 
-inline Rotation wide(Quaternion const& q) { return {q.x, q.y, q.z, q.w}; }
+template <typename T> Lanes<sizeof(T) / 4> wide(T const& value)
+{
+    Lanes<sizeof(T) / 4> lanes;
+    std::ranges::copy(std::bit_cast<std::array<float, sizeof(T) / 4>>(value), lanes.begin());
+    return lanes;
+}
 
 inline Rotation about(int axis, double angle)
 {
@@ -37,6 +38,9 @@ inline Rotation product(Rotation const& a, Rotation const& b)
             a[3] * b[3] - a[0] * b[0] - a[1] * b[1] - a[2] * b[2]};
 }
 
+inline Rotation conjugate(Rotation const& q) { return {-q[0], -q[1], -q[2], q[3]}; }
+inline Rotation opposite(Rotation const& q) { return {-q[0], -q[1], -q[2], -q[3]}; }
+
 inline Rotation unit(Rotation q)
 {
     double const length = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
@@ -51,23 +55,22 @@ inline Quaternion rounded(Rotation const& q)
             static_cast<float>(q[3])};
 }
 
-// The largest difference of a lane, the better of q and -q; NaN differs from everything.
+// The largest difference of a lane; NaN differs from everything.
+template <std::size_t count> double distance(Lanes<count> const& a, Lanes<count> const& b)
+{
+    double largest = 0;
+    for (std::size_t lane = 0; lane < count; ++lane) {
+        double const one = std::abs(a[lane] - b[lane]);
+        largest = std::isnan(one) ? HUGE_VAL : std::max(largest, one);
+    }
+    return largest;
+}
+template <typename T> double distance(T const& a, T const& b) { return distance(wide(a), wide(b)); }
+
+// The same for rotations, of which q and -q are one.
 inline double difference(Rotation const& a, Rotation const& b)
 {
-    double same = 0, opposite = 0;
-    for (std::size_t lane = 0; lane < 4; ++lane) {
-        if (std::isnan(a[lane]) || std::isnan(b[lane]))
-            return HUGE_VAL;
-        same = std::max(same, std::abs(a[lane] - b[lane]));
-        opposite = std::max(opposite, std::abs(a[lane] + b[lane]));
-    }
-    return std::min(same, opposite);
-}
-
-template <typename T> bool allNaN(T const& value)
-{
-    auto const lanes = std::bit_cast<std::array<float, sizeof(T) / 4>>(value);
-    return std::all_of(lanes.begin(), lanes.end(), [](float lane) { return std::isnan(lane); });
+    return std::min(distance(a, b), distance(a, opposite(b)));
 }
 
 // The same sequence in every run.
@@ -77,10 +80,12 @@ public:
     {
         return std::uniform_real_distribution<float>(low, high)(m_engine);
     }
-    Quaternion quaternion()
+    Float4 lanes(float low, float high)
     {
-        return rounded(unit({between(-1, 1), between(-1, 1), between(-1, 1), between(-1, 1)}));
+        float const x = between(low, high), y = between(low, high), z = between(low, high);
+        return {x, y, z, between(low, high)};
     }
+    Quaternion quaternion() { return rounded(unit(wide(lanes(-1, 1)))); }
 
 private:
     std::mt19937 m_engine{20240229};
