@@ -1,4 +1,4 @@
-// Pictures: which value becomes which pixel, and what is no picture.
+// Pictures: which value becomes which pixel, on any number of threads.
 #include "fixtures.h"
 #include "support/temporary_folder.h"
 
@@ -88,22 +88,4 @@ TEST(Image, BytesDoNotDependOnThreads)
     std::string const one = fileOf(kRamp, {{131, 67}, {0, 100}, 0, 1});
     EXPECT_EQ(fileOf(kRamp, {{131, 67}, {0, 100}, 0, 2}), one);
     EXPECT_EQ(fileOf(kRamp, {{131, 67}, {0, 100}, 0, 7}), one);
-}
-
-TEST(Image, WhatIsNoPictureIsAFault)
-{
-    EXPECT_EQ(faultsOf([] {
-                  fileOf(R"({"nodes": {"a": {"type": "Add_Int32"}}, "outputs": ["a"]})",
-                         {{1, 1}, {}, 0, 1});
-              }),
-              "an image wants one output that is a Float, a Color or a Float4; the graph has "
-              "a.result (Int32)\n");
-    for (char const* const size : {"", "3", "3x", "x3", "0x3", "3x0", "3x8193", "3x-1", "3x3x3"})
-        EXPECT_EQ(faultsOf([&] { parseImageSize(size); }),
-                  "--size wants WIDTHxHEIGHT, each from 1 to 8192, not '" + std::string(size) +
-                      "'\n");
-    for (char const* const map : {"", "1", "1:", "1:1", "0:nan", "inf:0", "0:1:2"})
-        EXPECT_EQ(faultsOf([&] { parseValueRange(map); }),
-                  "--map wants MIN:MAX, two different finite numbers, not '" + std::string(map) +
-                      "'\n");
 }

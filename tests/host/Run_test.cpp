@@ -19,7 +19,7 @@ struct Result {
 };
 
 Result runWith(std::string const& graph, std::size_t threads, std::string const& frames,
-               std::string const& table = "", ResultFormat format = ResultFormat::csv)
+               std::string const& table = "")
 {
     TemporaryFolder const folder;
     Result result;
@@ -41,7 +41,6 @@ Result runWith(std::string const& graph, std::size_t threads, std::string const&
         auto results = OutputFile::open(folder / "results");
         auto log = OutputFile::open(folder / "log");
         options.threads = threads;
-        options.format = format;
         options.results = &results;
         options.log = &log;
         run(plan, options);
@@ -106,25 +105,6 @@ TEST(Run, BytesDoNotDependOnThreads)
     }
 }
 
-TEST(Run, FramesReadTheirRows)
-{
-    std::string const table = "x,n,y\n1,10,0\n2,20,0\n3,30,0\n4,40,0\n";
-    EXPECT_EQ(runWith(kTableGraph, 2, "1:3:2", table).text,
-              "frame,v.result.x,v.result.z,n.result\n1,2.1,1.3,21\n3,4.1,1.3,43\n");
-    EXPECT_EQ(runWith(kTableGraph, 2, "", "x,n,y\n").text,
-              "frame,v.result.x,v.result.z,n.result\n");
-    struct Row {
-        char const *frames, *expected;
-    } const rows[] = {
-        {"2:9", "frame 4 is outside t.csv: its rows are 0 to 3\n"},
-        {"1:1", ""},
-        {"9", "frame 9 is outside t.csv: its rows are 0 to 3\n"},
-        {"-1:2", "frame -1 is outside t.csv: its rows count from 0\n"},
-    };
-    for (Row const& row : rows)
-        EXPECT_EQ(runWith(kTableGraph, 2, row.frames, table).faults, row.expected);
-}
-
 TEST(Run, FaultsOfTheTableComeInOrderForEveryThreadCount)
 {
     std::string table = bigTable(9000);
@@ -140,29 +120,4 @@ TEST(Run, FaultsOfTheTableComeInOrderForEveryThreadCount)
                                    "more\n"))
             << told;
     }
-}
-
-TEST(Run, FormatsSayWhatAValueIs)
-{
-    constexpr char kGraph[] = R"({"nodes": {
-        "b":  {"type": "LogValueBool", "inputs": {"value": true}},
-        "s":  {"type": "LogValueString", "inputs": {"value": "a, \"b\"\n\u0001"}},
-        "d":  {"type": "Negate_Double", "inputs": {"value": 0.1}},
-        "u":  {"type": "Abs_UInt8", "inputs": {"value": 200}},
-        "f":  {"type": "Negate_Float2", "inputs": {"value": ["nan", "inf"]}},
-        "g":  {"type": "Abs_Float", "inputs": {"value": 16777216}},
-        "q,": {"type": "Abs_Float", "inputs": {"value": 1e-20}},
-        "t":  {"type": "LogValueTQS", "inputs": {"value": {"t": [1, 2, 3, 4]}}}},
-        "outputs": ["b", "s", "d", "u", "f", "g", "q,", "t"]})";
-    EXPECT_EQ(runWith(kGraph, 1, "7").text,
-              "frame,b.result,s.result,d.result,u.result,f.result.x,f.result.y,g.result,\"q,."
-              "result\",t.result.t.x,t.result.t.y,t.result.t.z,t.result.t.w,t.result.q.x,t.result."
-              "q.y,t.result.q.z,t.result.q.w,t.result.s.x,t.result.s.y,t.result.s.z,t.result.s.w\n"
-              "7,true,\"a, \"\"b\"\"\n\x01\",-0.1,200,nan,-inf,16777216,1e-20,1,2,3,4,0,0,0,1,1,1,"
-              "1,1\n");
-    EXPECT_EQ(runWith(kGraph, 1, "7", "", ResultFormat::jsonLines).text,
-              R"({"frame":7,"b.result":true,"s.result":"a, \"b\"\n\u0001","d.result":-0.1,)"
-              R"("u.result":200,"f.result":["nan","-inf"],"g.result":16777216,"q,.result":1e-20,)"
-              R"("t.result":{"t":[1,2,3,4],"q":[0,0,0,1],"s":[1,1,1,1]}})"
-              "\n");
 }
