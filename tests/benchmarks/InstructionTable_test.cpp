@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -12,67 +13,11 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-namespace {
-
 // Two dumps. The kernel calls a helper in its library and sinf in another one: inclusive costs
 // follow "calls=" and belong to nobody.
-constexpr char const* kProfile = R"(# callgrind format
-version: 1
-creator: callgrind-3.19.0
-part: 1
-
-desc: Timerange: Basic block 0 - 1000
-desc: Trigger: Client Request: NodusSin_Float_Solve
-
-positions: line
-events: Ir
-summary: 9999
-
-ob=/lib/driver
-fl=???
-fn=main
-0 500
-cob=/lib/libnodusmath.so
-cfi=???
-cfn=NodusSin_Float_Solve
-calls=10 0
-0 290
-0 7
-
-ob=/lib/libnodusmath.so
-fl=???
-fn=NodusSin_Float_Solve
-0 50
-cob=/lib/libm.so
-cfn=sinf
-calls=10 0
-0 200
-0 30
-cfn=helper
-calls=10 0
-0 40
-fn=helper
-0 40
-
-ob=/lib/libm.so
-fn=sinf
-0 200
-
-part: 2
-desc: Trigger: Client Request: NodusNoise1D_Solve
-ob=/lib/libnodusmath.so.other
-fn=x
-0 5
-ob=/lib/libnodusmath.so
-fn=NodusNoise1D_Solve
-3 12
-)";
-
-}  // namespace
-
 TEST(Dumps, CountTheLibrarysOwnInstructionsOnly)
 {
-    std::istringstream profile(kProfile);
+    std::ifstream profile(PROFILE_FILE);
     auto const dumps = readDumps(profile, "/lib/libnodusmath.so");
     ASSERT_EQ(dumps.size(), 2u);
     EXPECT_EQ(dumps[0].trigger, "NodusSin_Float_Solve");
