@@ -2,25 +2,14 @@
 # Makes the Debian packages, asks lintian, and runs what they hold.
 # usage: debian_test.sh BUILD-DIRECTORY VERSION [with-tools]
 set -eu
+# shellcheck source=tests/package/common.sh
+. "$(dirname "$0")/common.sh"
 build=$1
 version=$2
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
 
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
-
-if ! command -v dpkg-shlibdeps >/dev/null; then
-    echo "SKIPPED: dpkg-dev is missing"
-    exit 77
-fi
+needs dpkg-shlibdeps
 cd "$build"
-cpack -G DEB -B "$scratch/packages" >"$scratch/log" 2>&1 || {
-    cat "$scratch/log" >&2
-    fail "cpack makes no packages"
-}
+quietly "cpack makes no packages" cpack -G DEB -B "$scratch/packages"
 cd "$scratch/packages"
 packages="libcompute-runtime libnodusmath libnodusmath-dev"
 [ "${3:-}" != with-tools ] || packages="$packages nodus-tools"
@@ -43,11 +32,7 @@ if [ "${3:-}" = with-tools ]; then
     [ -n "$("$scratch/root/usr/bin/nodus" list)" ] || fail "the packaged command lists no kernels"
 fi
 
-if command -v lintian >/dev/null; then
-    as_root=""
-    [ "$(id -u)" != 0 ] || as_root=--allow-root
-    lintian $as_root --fail-on error ./*.deb || fail "lintian found an error"
-else
-    echo "SKIPPED: lintian is missing"
-    exit 77
-fi
+needs lintian
+as_root=""
+[ "$(id -u)" != 0 ] || as_root=--allow-root
+lintian $as_root --fail-on error ./*.deb || fail "lintian found an error"

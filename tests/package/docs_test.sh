@@ -3,16 +3,11 @@
 # work.
 # usage: docs_test.sh BUILD-DIRECTORY [with-tools]
 set -eu
+# shellcheck source=tests/package/common.sh
+. "$(dirname "$0")/common.sh"
 build=$1
-source=$(cd "$(dirname "$0")/../.." && pwd)
+source=$here/../..
 cxx=${CXX:-g++}
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
 # The code blocks of a page in one language, each to a file of its own: NAME.1, NAME.2, ...
 blocks() { # blocks PAGE LANGUAGE NAME
     awk -v fence="\`\`\`$2" -v name="$scratch/$3" '
@@ -56,12 +51,6 @@ if [ "${2:-}" = with-tools ]; then
     [ "$lines" -eq 4 ] || fail "the graph of docs/graph_file.md gives $lines lines, not 4"
 fi
 
-if ! command -v doxygen >/dev/null; then
-    echo "SKIPPED: doxygen is missing"
-    exit 77
-fi
-cmake --build "$build" --target docs >"$scratch/log" 2>&1 || {
-    cat "$scratch/log" >&2
-    fail "doxygen warns"
-}
+needs doxygen
+quietly "doxygen warns" cmake --build "$build" --target docs
 [ -f "$build/docs/html/index.html" ] || fail "doxygen wrote no index"

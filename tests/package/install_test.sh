@@ -3,17 +3,11 @@
 # pkg-config, every public header alone, and the command.
 # usage: install_test.sh BUILD-DIRECTORY VERSION [with-tools]
 set -eu
+# shellcheck source=tests/package/common.sh
+. "$(dirname "$0")/common.sh"
 build=$1
 version=$2
-here=$(cd "$(dirname "$0")" && pwd)
 cxx=${CXX:-g++}
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
 expect() { # expect WHAT EXPECTED GOT
     [ "$2" = "$3" ] || fail "$1: expected '$2', got '$3'"
 }
@@ -37,10 +31,7 @@ build_cmake_host() {
         -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_PREFIX_PATH="$prefix" &&
         cmake --build "$scratch/cmake_host"
 }
-if ! build_cmake_host >"$scratch/log" 2>&1; then
-    cat "$scratch/log" >&2
-    fail "a host that uses find_package does not build"
-fi
+quietly "a host that uses find_package does not build" build_cmake_host
 expect "the find_package host" "11 22 33, catalogue found" "$("$scratch/cmake_host/host")"
 
 if command -v pkg-config >/dev/null; then
@@ -77,10 +68,7 @@ if [ "${3:-}" = with-tools ]; then
         return 1
     }
     for graph in *.json; do
-        if ! evaluates "$graph" >/dev/null 2>"$scratch/log"; then
-            cat "$scratch/log" >&2
-            fail "the installed sample graph $graph does not evaluate"
-        fi
+        quietly "the installed sample graph $graph does not evaluate" evaluates "$graph"
     done
 fi
 echo "the installed tree works where it was moved to"

@@ -2,15 +2,9 @@
 # Every sub-command and option of --help stands in the manual page and is offered by the completions.
 # usage: manual_test.sh BUILD-DIRECTORY
 set -eu
+# shellcheck source=tests/package/common.sh
+. "$(dirname "$0")/common.sh"
 nodus=$1/bin/nodus
-here=$(cd "$(dirname "$0")" && pwd)
-scratch=$(mktemp -d)
-trap 'rm -rf "$scratch"' EXIT
-
-fail() {
-    echo "FAILED: $*" >&2
-    exit 1
-}
 options_of() { # the long options that --help of nodus, or of a sub-command, tells
     "$nodus" "$@" --help | sed -n 's/^ *\(-[^ ]*\).*/\1/p' | grep -o -e '--[a-z-]*' | sort -u
 }
@@ -71,10 +65,7 @@ for command in $commands; do
         grep -q -e "[)*]$option\\[" "$scratch/section" || fail "_nodus lacks '$command $option'"
     done
 done
-if ! command -v zsh >/dev/null; then
-    echo "SKIPPED: zsh is missing"
-    exit 77
-fi
+needs zsh
 offered=$(zsh -f "$here/zsh_completion.zsh" "$nodus" "$scratch/_nodus") || fail "zsh gives no answer"
 expected='completed <nodus describe >
 completed <nodus eval --frames >
