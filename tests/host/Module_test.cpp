@@ -46,17 +46,6 @@ std::string replaced(std::string text, std::string const& from, std::string cons
 
 }  // namespace
 
-TEST(Module, UnloadingLeavesNoKernel)
-{
-    auto const before = nodus::runtime::registeredKernels().size();
-    {
-        Module const module(NODUS_TEST_MODULE);
-        EXPECT_EQ(module.name(), "nodusmath");
-        EXPECT_GT(module.kernels().size(), 0u);
-    }
-    EXPECT_EQ(nodus::runtime::registeredKernels().size(), before);
-}
-
 TEST(Module, OneNameInTwoModulesNamesBothFiles)
 {
     support::TemporaryFolder const folder;

@@ -1,32 +1,14 @@
 // The catalogue cannot drift from the module: names, order and ports of every kernel are held
 // against what was compiled.
-#include "nodus/host/catalogue.h"
+#include "host/fixtures.h"
+#include "nodusmath/listed.h"
 
 #include <dlfcn.h>
-#include <gtest/gtest.h>
 
-#include <string>
-#include <vector>
-
-using namespace nodus::host;
+using namespace fixtures;
+using nodus::test::kListed;
 
 namespace {
-
-std::vector<std::string> const kListed = {
-#define NODUS_KERNEL(name) #name,
-#define NODUS_GENERATOR(name) #name,
-#include "kernels.def"
-#undef NODUS_KERNEL
-#undef NODUS_GENERATOR
-};
-
-Catalogue const& catalogue()
-{
-    static Module const module(NODUSMATH_FILE);
-    static Module const* const modules[] = {&module};
-    static Catalogue const read{modules};
-    return read;
-}
 
 std::string typesOf(std::vector<Port> const& ports)
 {

@@ -182,38 +182,6 @@ TEST(RandomGenerator, EachComponentHasNumbersOfItsOwn)
     }
 }
 
-// A thousand draws stay in the interval and come near both of its ends.
-TEST(RandomGenerator, DrawsFromTheIntervalThatTheTypeAllows)
-{
-    auto const expectSpread = []<typename T>(T value, float range, double low, double high) {
-        double lowest = HUGE_VAL, highest = -HUGE_VAL;
-        Node<T> node{.value = value, .range = range};
-        for (Int32 frame = 0; frame < 1000; ++frame) {
-            T const drawn = node.at(frame);
-            if constexpr (std::is_same_v<T, Color>) {
-                lowest = std::min<double>({lowest, drawn.r, drawn.g, drawn.b});
-                highest = std::max<double>({highest, drawn.r, drawn.g, drawn.b});
-            } else {
-                lowest = std::min<double>(lowest, drawn);
-                highest = std::max<double>(highest, drawn);
-            }
-        }
-        double const slack = 0.02 * (high - low);
-        EXPECT_TRUE(lowest >= low && lowest <= low + slack) << lowest << ", not " << low;
-        EXPECT_TRUE(highest <= high && highest >= high - slack) << highest << ", not " << high;
-    };
-    expectSpread(UInt8{250}, 10, 240, 255);
-    expectSpread(UInt8{3}, 10, 0, 13);
-    expectSpread(UInt8{100}, kInfinity, 0, 255);
-    expectSpread(-5.0f, 1, -6, -4);
-    expectSpread(-5.0f, -1, -5, -5);
-    expectSpread(2e38f, 2e38f, 0, 0x1.fffffep127);
-    expectSpread(7, kInfinity, -0x1p31, 0x1p31);
-    expectSpread(Color{0.95f, 0.95f, 0.95f, 0.5f}, 0.1f, 0.95f - 0.1f, 1);
-    expectSpread(Color{0.05f, 0.05f, 0.05f, 0.5f}, 0.1f, 0, 0.05f + 0.1f);
-    expectSpread(Color{9, 9, 9, 0.5f}, kInfinity, 0, 1);
-}
-
 // A node has the number 0 at the index that undoes the place of its sequence: log(0), once a
 // period.
 TEST(RandomGenerator, TheNumberZeroIsInfinitelyFarFromTheMiddle)

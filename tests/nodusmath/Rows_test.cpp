@@ -1,25 +1,21 @@
 // Kernels by rows: values in, bits out. rows/README.md explains how a row is written.
+#include "host/fixtures.h"
 #include "support/block.h"
+#include "support/text_files.h"
 
 #include "nodus/String.h"
-#include "nodus/host/catalogue.h"
-#include "nodus/host/diagnostics.h"
 #include "nodus/host/literals.h"
 #include "nodus/runtime/EvaluationScope.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
-#include <set>
 #include <stdexcept>
 
-using namespace nodus::host;
+using namespace fixtures;
 using nodus::test::Block;
 
 namespace {
@@ -117,28 +113,25 @@ template <typename Number> void store(Number number, std::byte* to)
 
 void readLane(std::string const& text, ValueType const& type, std::byte* to)
 {
-    bool const isPattern = text.starts_with('#');
-    char const* const from = text.c_str() + isPattern;
+    std::string const number = text == "true" ? "1" : text == "false" ? "0" : text;
+    bool const isFloat = type.id == TypeId::Float, isDouble = type.id == TypeId::Double;
+    bool const isPattern = number.starts_with('#') && (isFloat || isDouble);
+    char const* const from = number.c_str() + isPattern;
     char* end = nullptr;
-    if (isPattern && type.id == TypeId::Float) {
-        store(static_cast<std::uint32_t>(std::strtoul(from, &end, 16)), to);
-    } else if (isPattern && type.id == TypeId::Double) {
-        store(static_cast<std::uint64_t>(std::strtoull(from, &end, 16)), to);
-    } else if (type.id == TypeId::Float) {
-        store(std::strtof(from, &end), to);
-    } else if (type.id == TypeId::Double) {
-        store(std::strtod(from, &end), to);
-    } else {
-        std::string const digits = text == "true" ? "1" : text == "false" ? "0" : text;
-        long long const number = std::strtoll(digits.c_str(), &end, 0);
-        bool const isSigned = type.id == TypeId::Int32;
-        long long const count = 1LL << 8 * type.size, lowest = isSigned ? -count / 2 : 0;
-        if (number < lowest || number >= lowest + count)
+    if (isPattern || !(isFloat || isDouble)) {
+        long long const whole = isPattern ? static_cast<long long>(std::strtoull(from, &end, 16))
+                                          : std::strtoll(from, &end, 0);
+        long long const count = type.size < 8 ? 1LL << 8 * type.size : 0;
+        long long const lowest = type.id == TypeId::Int32 ? -count / 2 : 0;
+        if (count != 0 && (whole < lowest || whole >= lowest + count))
             throw Mistake(text + " is outside " + std::string(type.name));
-        std::memcpy(to, &number, type.size);
-        end = end == digits.c_str() ? nullptr : end;
+        std::memcpy(to, &whole, type.size);
+    } else if (isFloat) {
+        store(std::strtof(from, &end), to);
+    } else {
+        store(std::strtod(from, &end), to);
     }
-    if (end == nullptr || end == from || *end != '\0')
+    if (end == from || *end != '\0')
         throw Mistake("'" + text + "' is no " + std::string(type.name));
 }
 
@@ -161,7 +154,7 @@ std::vector<std::string> lanesOf(std::string const& text, ValueType const& type,
         auto const end = side.find(']');
         auto words = split(side.substr(1, end - 1), ' ');
         std::erase(words, "");
-        if (words.size() != count && words.size() != widest)
+        if (words.size() != count && words.size() != std::max(widest, count))
             throw Mistake(side + " has not the lanes of " + std::string(type.name));
         lanes.push_back(words[lane] + side.substr(end + 1));
     }
@@ -177,12 +170,15 @@ std::string shown(ValueType const& type, std::byte const* bytes)
     return valueText(type, bytes, "") + text;
 }
 
+template <typename Number> Number load(std::byte const* from)
+{
+    Number number;
+    std::memcpy(&number, from, sizeof number);
+    return number;
+}
 double number(ValueType const& type, std::byte const* bytes)
 {
-    float narrow;
-    double wide;
-    std::memcpy(type.id == TypeId::Float ? static_cast<void*>(&narrow) : &wide, bytes, type.size);
-    return type.id == TypeId::Float ? double{narrow} : wide;
+    return type.id == TypeId::Float ? double{load<float>(bytes)} : load<double>(bytes);
 }
 
 bool isWanted(ValueType const& type, std::byte const* is, std::string const& text)
@@ -203,16 +199,7 @@ bool isWanted(ValueType const& type, std::byte const* is, std::string const& tex
         return false;
     std::byte tolerance[8];
     readLane(text.substr(mark + 1), valueType(TypeId::Double), tolerance);
-    return std::abs(number(type, is) - number(type, should)) <=
-           number(valueType(TypeId::Double), tolerance);
-}
-
-Catalogue const& catalogue()
-{
-    static Module const module(NODUSMATH_FILE);
-    static Module const* const modules[] = {&module};
-    static Catalogue const read{modules};
-    return read;
+    return std::abs(number(type, is) - number(type, should)) <= load<double>(tolerance);
 }
 
 struct Listener : nodus::runtime::LogService {
@@ -328,8 +315,9 @@ void expectRow(Row const& line)
         types.push_back(catalogue().find(named.name));
         if (types.back() == nullptr)
             throw Mistake("there is no " + named.name);
-        for (Port const& port : types.back()->inputs)
-            widest = std::max(widest, port.type->laneNames.size());
+        if (names.size() > 1)
+            for (Port const& port : types.back()->inputs)
+                widest = std::max(widest, port.type->laneNames.size());
     }
     bool const hasOdd = std::ranges::any_of(
         row.inputs, [](std::string const& input) { return split(input, '/').size() > 1; });
@@ -360,20 +348,11 @@ void expectRow(Row const& line)
     }
 }
 
-std::vector<std::filesystem::path> rowFiles()
-{
-    std::set<std::filesystem::path> files;
-    for (auto const& entry : std::filesystem::directory_iterator(ROWS_FOLDER))
-        if (entry.path().extension() == ".txt")
-            files.insert(entry.path());
-    return {files.begin(), files.end()};
-}
-
-class RowFiles : public testing::TestWithParam<std::filesystem::path> {};
+class Rows : public support::TextFiles {};
 
 }  // namespace
 
-TEST_P(RowFiles, GiveTheBitsOfTheRows)
+TEST_P(Rows, GiveTheBitsOfTheRows)
 {
     std::srand(1);  // what noise draws its tables from
     auto const rows = readRows(GetParam());
@@ -387,8 +366,7 @@ TEST_P(RowFiles, GiveTheBitsOfTheRows)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Kernels, RowFiles, testing::ValuesIn(rowFiles()),
-                         [](auto const& file) { return file.param.stem().string(); });
+INSTANTIATE_TEST_SUITE_P(Kernels, Rows, Rows::in(ROWS_FOLDER), Rows::name);
 
 TEST(Kernels, NoneIsForgotten)
 {
@@ -397,9 +375,10 @@ TEST(Kernels, NoneIsForgotten)
         for (Named const& named : expanded(names))
             tested.insert(named.name);
     };
-    for (auto const& file : rowFiles())
-        for (Row const& row : readRows(file))
-            add(Parsed(row.text).kernels);
+    for (auto const& file : std::filesystem::directory_iterator(ROWS_FOLDER))
+        if (file.path().extension() == ".txt")
+            for (Row const& row : readRows(file.path()))
+                add(Parsed(row.text).kernels);
     for (char const* const names : kTestedByCode)
         add(names);
     for (NodeType const& type : catalogue().nodeTypes())

@@ -38,12 +38,13 @@ if command -v pkg-config >/dev/null; then
     PKG_CONFIG_PATH=$libdir/pkgconfig
     export PKG_CONFIG_PATH
     expect "pkg-config's version" "$version" "$(pkg-config --modversion nodusmath)"
+    # The host of the README.
+    awk '/^```/ { copied = $0 == "```cpp"; next } copied' "$here/../../README.md" >"$scratch/host.cpp"
     # shellcheck disable=SC2046 # one word a flag is what is wanted
-    "$cxx" -std=c++20 -Wall -Wextra -Werror "$here/pkgconfig_host/main.cpp" -o "$scratch/pc_host" \
+    "$cxx" -std=c++20 -Wall -Wextra -Werror "$scratch/host.cpp" -o "$scratch/host" \
         $(pkg-config --cflags --libs compute_runtime) -Wl,-rpath,"$libdir"
-    expect "the pkg-config host" "value: three
-three, shared: yes
-kernels left: 0" "$("$scratch/pc_host" "$(pkg-config --variable=module nodusmath)")"
+    expect "the pkg-config host" "sum (11.000000,22.000000,33.000000)" \
+        "$("$scratch/host" "$(pkg-config --variable=module nodusmath)")"
 
     for header in $(cd "$prefix/include" && find . -name '*.h' | sed 's|^\./||'); do
         # shellcheck disable=SC2046

@@ -1,15 +1,14 @@
 // The command in sessions: what is typed, what it answers. sessions/README.md explains the files.
 #include "support/process.h"
 #include "support/temporary_folder.h"
+#include "support/text_files.h"
 
-#include <filesystem>
 #include <fstream>
 #include <map>
 #include <memory>
 
 namespace {
 
-namespace fs = std::filesystem;
 using Files = std::map<std::string, std::string>;
 
 // Whether the text is the expected one, "..." in it being anything.
@@ -86,16 +85,7 @@ private:
     support::TemporaryFolder m_folder;
 };
 
-std::vector<fs::path> sessionFiles()
-{
-    std::set<fs::path> files;
-    for (auto const& entry : fs::directory_iterator(SESSIONS_FOLDER))
-        if (entry.path().extension() == ".txt")
-            files.insert(entry.path());
-    return {files.begin(), files.end()};
-}
-
-class Sessions : public testing::TestWithParam<fs::path> {};
+class Sessions : public support::TextFiles {};
 
 }  // namespace
 
@@ -140,5 +130,4 @@ TEST_P(Sessions, AnswerAsWritten)
     EXPECT_GT(runs, 0);
 }
 
-INSTANTIATE_TEST_SUITE_P(Command, Sessions, testing::ValuesIn(sessionFiles()),
-                         [](auto const& file) { return file.param.stem().string(); });
+INSTANTIATE_TEST_SUITE_P(Command, Sessions, Sessions::in(SESSIONS_FOLDER), Sessions::name);

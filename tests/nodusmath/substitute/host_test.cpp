@@ -1,6 +1,7 @@
 // The module in a host that is not ours: it loads, registers in order, logs and unloads with
 // nothing but the four things that it takes from any host.
 #include "nodus/String.h"
+#include "nodusmath/listed.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
@@ -21,14 +22,6 @@ extern void* g_services;
 }  // namespace substitute
 
 namespace {
-
-std::vector<std::string> const kNames = {
-#define NODUS_KERNEL(name) #name,
-#define NODUS_GENERATOR(name) #name,
-#include "kernels.def"
-#undef NODUS_KERNEL
-#undef NODUS_GENERATOR
-};
 
 struct LogObject {
     void const* const* virtualTable;
@@ -55,7 +48,7 @@ TEST(SubstituteHost, LoadsCallsLogsAndUnloads)
     std::vector<std::string> names;
     for (substitute::Record const& record : substitute::records())
         names.push_back(record.name);
-    EXPECT_EQ(names, kNames);
+    EXPECT_EQ(names, nodus::test::kListed);
 
     alignas(16) float const terms[] = {1.5f, 2.25f};
     alignas(16) float sum = 0;
