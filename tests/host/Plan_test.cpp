@@ -65,7 +65,7 @@ TEST(Plan, EveryConsumerSeesTheValueWhateverTheSizeOfABlock)
     auto const expected = resultsOf(compile(graph, 1), frames);
     float const mix[3] = {298, 20, 300};
     EXPECT_EQ(expected[149 * 5 + 2], std::string(reinterpret_cast<char const*>(mix), sizeof mix));
-    for (std::size_t const inBlock : {0, 2, 7})
+    for (std::size_t const inBlock : {0u, 2u, 7u})
         EXPECT_EQ(resultsOf(compile(graph, inBlock), frames), expected) << inBlock;
 }
 
