@@ -187,19 +187,18 @@ bool isWanted(ValueType const& type, std::byte const* is, std::string const& tex
     std::string const value = text.substr(0, mark);
     if (value == "_")
         return true;
-    std::byte should[8];
+    std::byte should[8], tolerance[8];
     readLane(value, type, should);
+    readLane(mark < text.size() ? text.substr(mark + 1) : "0", valueType(TypeId::Double),
+             tolerance);
     if (std::memcmp(is, should, type.size) == 0)
         return true;
     if (type.id != TypeId::Float && type.id != TypeId::Double)
         return false;
     if (value == "nan")
         return std::isnan(number(type, is));
-    if (mark == text.size())
-        return false;
-    std::byte tolerance[8];
-    readLane(text.substr(mark + 1), valueType(TypeId::Double), tolerance);
-    return std::abs(number(type, is) - number(type, should)) <= load<double>(tolerance);
+    return mark < text.size() &&
+           std::abs(number(type, is) - number(type, should)) <= load<double>(tolerance);
 }
 
 struct Listener : nodus::runtime::LogService {
@@ -336,9 +335,12 @@ void expectRow(Row const& line)
         std::size_t const lanes = type.inputs[0].type->laneNames.size();
         for (std::size_t odd = hasOdd ? 0 : lanes; odd <= lanes; ++odd) {
             auto expected = outputs;
-            if (hasOdd)
-                for (std::string& output : expected)
-                    output = split(output, '/').at(odd < lanes);
+            for (std::string& output : expected) {
+                auto const sides = split(output, '/');
+                if (sides.size() != (hasOdd ? 2 : 1))
+                    throw Mistake("two results where an input has two sides, else one: " + output);
+                output = sides[hasOdd && odd < lanes];
+            }
             std::string const fault = faultOf(type, row, expected, widest, odd);
             if (!fault.empty())
                 ADD_FAILURE_AT(line.file.c_str(), line.line)
