@@ -1,4 +1,4 @@
-// Reading a range of frames.
+// Reading a range of frames, and cutting it into slices.
 #include "nodus/host/frames.h"
 
 #include "nodus/host/diagnostics.h"
@@ -36,6 +36,33 @@ FrameRange parseFrames(std::string_view text)
     if (range.last < range.first)
         throw Fault(what + "the last frame comes before the first");
     return range;
+}
+
+Shard parseShard(std::string_view text)
+{
+    constexpr std::int32_t kMost = 1'000'000;
+    Shard shard{0, 0};
+    char const* const last = text.data() + text.size();
+    auto const index = std::from_chars(text.data(), last, shard.index);
+    bool const hasSlash = index.ec == std::errc{} && index.ptr != last && *index.ptr == '/';
+    auto const count = std::from_chars(hasSlash ? index.ptr + 1 : last, last, shard.count);
+    if (count.ec != std::errc{} || count.ptr != last || shard.count < 1 || shard.count > kMost ||
+        shard.index < 1 || shard.index > shard.count)
+        throw Fault("shard '" + std::string(text) +
+                    "': wants I/N, slice I of N slices; I is from 1 to N, N at most 1000000");
+    return shard;
+}
+
+FrameRange sliceOf(FrameRange const& frames, Shard const& shard)
+{
+    auto const border = [&](std::int32_t slice) {
+        return frames.count() * static_cast<std::uint64_t>(slice) /
+               static_cast<std::uint64_t>(shard.count);
+    };
+    std::uint64_t const begin = border(shard.index - 1), end = border(shard.index);
+    if (begin == end)
+        return {0, -1, frames.step};
+    return {frames.at(begin), frames.at(end - 1), frames.step};
 }
 
 }  // namespace nodus::host

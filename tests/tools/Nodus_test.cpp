@@ -1,23 +1,14 @@
 // What the command does to files, pipes and memory. What it answers is in sessions/.
-#include "support/process.h"
-#include "support/temporary_folder.h"
+#include "nodus_command.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
 
-using support::Finished;
-using support::ProcessOptions;
-using support::TemporaryFolder;
+using namespace command;
 namespace fs = std::filesystem;
 
 namespace {
-
-Finished nodus(std::vector<std::string> arguments, ProcessOptions const& options = {})
-{
-    arguments.insert(arguments.begin(), NODUS_TEST_COMMAND);
-    return support::runProcess(arguments, options);
-}
 
 constexpr char kSquare[] = R"({"nodes": {
     "square": {"type": "Mul_Int32", "inputs": {"a": {"frame": true}, "b": {"frame": true}}},

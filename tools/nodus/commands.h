@@ -27,5 +27,6 @@ Command addDescribe(CLI::App& app, Shared const& shared);
 Command addEval(CLI::App& app, Shared const& shared);
 Command addList(CLI::App& app, Shared const& shared);
 Command addManual(CLI::App& app, Shared const& shared);
+Command addMerge(CLI::App& app);
 
 }  // namespace nodus::tools

@@ -1,4 +1,4 @@
-// Finding and loading modules.
+// Finding and loading modules; output and paths.
 #include "environment.h"
 
 #include "nodus/host/diagnostics.h"
@@ -54,6 +54,12 @@ void print(std::string_view text)
     auto output = host::OutputFile::onDescriptor(STDOUT_FILENO, "standard output");
     output.write(text);
     output.commit();
+}
+
+bool isSameFile(std::string const& a, std::string const& b)
+{
+    std::error_code ignored;
+    return fs::weakly_canonical(a, ignored) == fs::weakly_canonical(b, ignored);
 }
 
 }  // namespace nodus::tools

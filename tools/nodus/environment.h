@@ -8,6 +8,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -27,5 +28,8 @@ private:
 
 // Writes to standard output; throws host::Fault when nobody can take it.
 void print(std::string_view text);
+
+// Whether two paths lead to one file; neither needs to be there.
+bool isSameFile(std::string const& a, std::string const& b);
 
 }  // namespace nodus::tools

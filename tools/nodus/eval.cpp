@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -20,7 +19,7 @@ namespace nodus::tools {
 namespace {
 
 struct Options {
-    std::string graph, frames, data, out, log;
+    std::string graph, frames, shard, data, out, log;
     std::string image, size, map;
     int threads = 0;
 };
@@ -32,13 +31,6 @@ template <typename Work> void gather(host::Diagnostics& diagnostics, Work work)
     } catch (host::Fault const& fault) {
         diagnostics.add(fault);
     }
-}
-
-bool isSameFile(std::string const& a, std::string const& b)
-{
-    std::error_code ignored;
-    namespace fs = std::filesystem;
-    return fs::weakly_canonical(a, ignored) == fs::weakly_canonical(b, ignored);
 }
 
 std::size_t threadsOf(Options const& options)
@@ -86,11 +78,16 @@ int evaluate(Options const& options, Shared const& shared)
     Environment const environment(shared);
     host::Diagnostics diagnostics;
     host::RunOptions run;
+    std::optional<host::Shard> shard;
     std::unique_ptr<host::TableReader> table;
 
     gather(diagnostics, [&] {
         if (!options.frames.empty())
             run.frames = host::parseFrames(options.frames);
+    });
+    gather(diagnostics, [&] {
+        if (!options.shard.empty())
+            shard = host::parseShard(options.shard);
     });
     gather(diagnostics, [&] {
         if (!options.out.empty())
@@ -112,6 +109,11 @@ int evaluate(Options const& options, Shared const& shared)
 
     host::Plan const plan = host::compile(graph);
     graph = {};
+    if (shard)
+        run.frames = host::sliceOf(run.frames ? *run.frames
+                                   : table    ? host::framesOfTable(options.data)
+                                              : host::FrameRange{},
+                                   *shard);
 
     auto results = options.out.empty()
                        ? host::OutputFile::onDescriptor(STDOUT_FILENO, "standard output")
@@ -146,6 +148,12 @@ Command addEval(CLI::App& app, Shared const& shared)
                      "Frames A to B, both included, every STEP frames; A alone is one frame.\n"
                      "Without it: a frame for each row of the table, or frame 0")
         ->type_name("A:B[:STEP]");
+    CLI::Option* const shard =
+        command
+            ->add_option("--shard", options->shard,
+                         "Only slice I of N equal slices of the frames, counted from 1:\n"
+                         "a share for each of N machines, which nodus merge joins again")
+            ->type_name("I/N");
     CLI::Option* const data =
         command
             ->add_option("--data", options->data,
@@ -173,7 +181,8 @@ Command addEval(CLI::App& app, Shared const& shared)
             ->type_name("FILE.png")
             ->excludes(data)
             ->excludes(out)
-            ->excludes(log);
+            ->excludes(log)
+            ->excludes(shard);
     command->add_option("--size", options->size, "How large the picture is. Without it: 512x512")
         ->type_name("WxH")
         ->needs(image);
@@ -185,6 +194,7 @@ Command addEval(CLI::App& app, Shared const& shared)
     command->footer("Examples:\n"
                     "  nodus eval examples/flipbook.json --frames 0:60:5\n"
                     "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl\n"
+                    "  nodus eval examples/noise.json --frames 0:999 --shard 2/4 --out 2.csv\n"
                     "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024");
     return {command, [options, &shared] { return evaluate(*options, shared); }};
 }

@@ -74,9 +74,9 @@ int run(int argc, char** argv)
         ->take_all();
 
     nodus::tools::Command const commands[] = {
-        nodus::tools::addEval(app, shared),     nodus::tools::addList(app, shared),
-        nodus::tools::addDescribe(app, shared), nodus::tools::addCall(app, shared),
-        nodus::tools::addManual(app, shared),
+        nodus::tools::addEval(app, shared), nodus::tools::addMerge(app),
+        nodus::tools::addList(app, shared), nodus::tools::addDescribe(app, shared),
+        nodus::tools::addCall(app, shared), nodus::tools::addManual(app, shared),
     };
     for (auto const& command : commands)
         command.app->fallthrough()->set_help_flag("-h,--help", "Print this help and leave");

@@ -3,11 +3,12 @@
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/evaluator.h"
+#include "nodus/host/frames.h"
+#include "nodus/host/line_reader.h"
 #include "nodus/host/text_buffer.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -43,16 +44,13 @@ class TableReader {
 public:
     // Opens the file and reads the header: at least one column, no two of one name.
     explicit TableReader(std::string path);
-    ~TableReader();
-    TableReader(TableReader const&) = delete;
-    TableReader& operator=(TableReader const&) = delete;
 
-    std::string const& path() const { return m_path; }
+    std::string const& path() const { return m_lines.path(); }
     std::vector<std::string> const& columns() const { return m_columns; }
     std::uint64_t rowsRead() const { return m_rowsRead; }
 
     // How much of the file has been read, 0 to 1; 0 when it has no size to tell.
-    double fractionRead() const;
+    double fractionRead() const { return m_lines.fractionRead(); }
 
     // Adds the next row; false when there is none.
     bool readRow(TableRows& rows);
@@ -60,28 +58,22 @@ public:
     bool skipRow();
 
 private:
-    struct Line {
-        std::string_view text;
-        std::uint64_t number;
-    };
-    std::optional<Line> nextLine();
-    std::optional<Line> nextRow();
-    bool refill();
+    std::optional<LineReader::Line> nextLine();
+    std::optional<LineReader::Line> nextRow();
     void readHeader();
 
-    std::string m_path;
+    LineReader m_lines;
     std::vector<std::string> m_columns;
-    int m_file = -1;
-    std::unique_ptr<char[]> m_buffer;
-    std::size_t m_capacity = 0, m_begin = 0, m_end = 0;
-    bool m_atEnd = false;
-    bool m_hasQuotes = false;  // anywhere between begin and end
-    std::uint64_t m_line = 1, m_rowsRead = 0, m_bytesRead = 0, m_fileSize = 0;
+    std::uint64_t m_rowsRead = 0;
     // Blank lines are rows only when a row follows.
     std::uint64_t m_blankLines = 0;
-    std::optional<Line> m_afterBlank;
+    std::optional<LineReader::Line> m_afterBlank;
     std::string m_kept;
 };
+
+// A frame for each row, counted from 0. Reads the table to its end; since it is read once more when
+// frames are evaluated, it has to be a regular file. Throws Fault.
+FrameRange framesOfTable(std::string const& path);
 
 // Takes the fields that a plan asks for out of rows. Immutable; for any number of threads.
 class TableParser {

@@ -1,0 +1,85 @@
+// nodus merge: what several machines evaluated becomes what one would have written.
+#include "environment.h"
+#include "progress.h"
+
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/merge.h"
+#include "nodus/host/table.h"
+
+namespace nodus::tools {
+
+namespace {
+
+struct Options {
+    std::vector<std::string> parts;
+    std::string out, frames, data;
+};
+
+std::optional<host::FrameRange> framesOf(Options const& options, host::PartFormat format)
+{
+    if (!options.frames.empty())
+        return host::parseFrames(options.frames);
+    if (!options.data.empty())
+        return host::framesOfTable(options.data);
+    if (format == host::PartFormat::log)
+        return std::nullopt;
+    throw host::Fault("merge wants to know which frames the results have in all: give --frames or "
+                      "--data as to nodus eval");
+}
+
+int merge(Options const& options)
+{
+    host::MergeOptions merge;
+    merge.parts = options.parts;
+    merge.format = host::partFormatOf(options.out);
+    host::Diagnostics diagnostics;
+    for (std::string const& part : options.parts) {
+        if (host::partFormatOf(part) != merge.format)
+            diagnostics.add(part + ": is not of the kind that --out " + options.out + " has");
+        if (isSameFile(part, options.out))
+            diagnostics.add("--out " + options.out + " is one of the files to merge");
+    }
+    diagnostics.throwIfAny();
+    merge.frames = framesOf(options, merge.format);
+
+    auto file = host::OutputFile::open(options.out);
+    Progress progress(merge.frames ? merge.frames->count() : 0, [] { return 0.0; });
+    merge.progress = [&](std::uint64_t done) { progress.show(done); };
+    host::merge(merge, file);
+    progress.wipe();
+    file.commit();
+    return 0;
+}
+
+}  // namespace
+
+Command addMerge(CLI::App& app)
+{
+    CLI::App* const command =
+        app.add_subcommand("merge", "Join the results of shards to the very bytes of a single run");
+    auto const options = std::make_shared<Options>();
+    command
+        ->add_option(
+            "FILE", options->parts,
+            "The files of the shards, in any order: results (.csv or .jsonl) or logs (.log)")
+        ->required();
+    command
+        ->add_option("--out", options->out, "Where the whole goes; it appears whole or not at all")
+        ->type_name("FILE")
+        ->required();
+    command
+        ->add_option("--frames", options->frames,
+                     "The frames of all shards together, as they were given to nodus eval:\n"
+                     "each has to be there once. Logs can do without")
+        ->type_name("A:B[:STEP]");
+    command
+        ->add_option("--data", options->data,
+                     "The table that was given to nodus eval: without --frames, its rows tell them")
+        ->type_name("TABLE.csv");
+    command->footer("Examples:\n"
+                    "  nodus merge part-*.csv --frames 0:999 --out result.csv\n"
+                    "  nodus merge part-*.log --out result.log");
+    return {command, [options] { return merge(*options); }};
+}
+
+}  // namespace nodus::tools
