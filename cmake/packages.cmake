@@ -57,6 +57,7 @@ debian_package(tools nodus-tools utils
     "command line for node graphs"
     "The command nodus lists, describes and calls node kernels and evaluates graph"
     "files over frames; with its manual page, shell completion and sample graphs.")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS graphviz)  # draws for nodus show
 
 # Each Debian package carries a copyright statement and a changelog of its own.
 configure_file(cmake/debian_documents.cmake.in ${CMAKE_BINARY_DIR}/packages/debian_documents.cmake

@@ -51,9 +51,11 @@ public:
         : m_origin(origin), m_catalogue(catalogue), m_surroundings(surroundings),
           m_diagnostics(diagnostics)
     {
-        if (surroundings.columns != nullptr)
-            for (std::string const& column : *surroundings.columns)
-                m_columns.emplace(column, m_columns.size());
+        if (surroundings.columns == nullptr)
+            return;
+        m_graph.columns = *surroundings.columns;
+        for (std::string const& column : *surroundings.columns)
+            m_columns.emplace(column, m_columns.size());
     }
 
     Graph read(JsonValue const& root)
@@ -277,6 +279,11 @@ private:
         if (!wanted.isScalar() || wanted.id == TypeId::String) {
             fault(place, "wants " + named(wanted) + ", a column has one number a row" +
                              (wanted.isScalar() ? "" : ": give a column for each lane"));
+        } else if (m_surroundings.anyColumn) {
+            auto const [column, isNew] = m_columns.emplace(name, m_columns.size());
+            if (isNew)
+                m_graph.columns.push_back(name);
+            feed({Source::Kind::column, column->second});
         } else if (m_surroundings.tablePath.empty()) {
             fault(place, "column " + quoted(name) + " needs a table: give one with --data");
         } else if (m_surroundings.columns != nullptr) {

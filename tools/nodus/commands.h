@@ -28,5 +28,6 @@ Command addEval(CLI::App& app, Shared const& shared);
 Command addList(CLI::App& app, Shared const& shared);
 Command addManual(CLI::App& app, Shared const& shared);
 Command addMerge(CLI::App& app);
+Command addShow(CLI::App& app, Shared const& shared);
 
 }  // namespace nodus::tools

@@ -61,6 +61,7 @@ int run(int argc, char** argv)
     app.require_subcommand(1);
     app.footer("Examples:\n"
                "  nodus eval examples/flipbook.json --frames 0:60:5\n"
+               "  nodus show examples/drive.json -o drive.svg\n"
                "  nodus describe Add\n"
                "  nodus call Add_Float3 a=1,2,3 b=10,20,30\n\n"
                "Exit status: 0 done, 1 the work failed, 2 wrong usage or input.\n"
@@ -74,9 +75,10 @@ int run(int argc, char** argv)
         ->take_all();
 
     nodus::tools::Command const commands[] = {
-        nodus::tools::addEval(app, shared), nodus::tools::addMerge(app),
-        nodus::tools::addList(app, shared), nodus::tools::addDescribe(app, shared),
-        nodus::tools::addCall(app, shared), nodus::tools::addManual(app, shared),
+        nodus::tools::addEval(app, shared),     nodus::tools::addMerge(app),
+        nodus::tools::addShow(app, shared),     nodus::tools::addList(app, shared),
+        nodus::tools::addDescribe(app, shared), nodus::tools::addCall(app, shared),
+        nodus::tools::addManual(app, shared),
     };
     for (auto const& command : commands)
         command.app->fallthrough()->set_help_flag("-h,--help", "Print this help and leave");

@@ -236,7 +236,8 @@ std::string manualPage(CLI::App& app)
             (i == 0 ? "" : ".br\n") + synopsis(*commands[i], name + " " + commands[i]->get_name());
     page += R"(.SH DESCRIPTION
 .B nodus
-lists, describes and calls the node kernels of a module, and evaluates graph files over frames.
+lists, describes and calls the node kernels of a module, evaluates graph files over frames, on one
+machine or on many, and draws them.
 Node types are kernel names with or without what they have in common:
 .B Add_Float3
 and
@@ -269,6 +270,7 @@ nodus list
 nodus describe Slerp_Quat
 nodus call Add_Float3 a=1,2,3 b=10,20,30
 nodus eval turntable.json \-\-frames 0:4
+nodus show turntable.json \-o turntable.svg
 .fi
 )";
     return page;

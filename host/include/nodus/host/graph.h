@@ -46,6 +46,7 @@ struct Graph {
     std::vector<std::size_t>
         order;  // each node after those it takes from; else as the file has them
     std::vector<GraphOutput> outputs;
+    std::vector<std::string> columns;  // what the index of a column means
 };
 
 // A node whose inputs have their standard values.
@@ -59,6 +60,7 @@ struct GraphSurroundings {
     std::string tablePath;                              // empty: there is no table
     std::vector<std::string> const* columns = nullptr;  // of the table; null: could not be read
     bool pixels = false;                                // evaluated for an image
+    bool anyColumn = false;                             // without a table: looked at, not evaluated
 };
 
 // Reads a graph file. Every fault of the file is added to the diagnostics, one line each, in the
