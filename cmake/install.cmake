@@ -39,7 +39,8 @@ if(NOT TARGET nodus)
   return()
 endif()
 install(TARGETS nodus RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus/examples COMPONENT tools)
+install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus/examples COMPONENT tools
+  USE_SOURCE_PERMISSIONS)
 
 # The command itself writes its manual and completions.
 find_program(GZIP gzip)
