@@ -3,6 +3,7 @@
 #include "fourlanes.h"
 #include "kernels.h"
 #include "logic.h"
+#include "mathlibrary.h"
 #include "ports.h"
 #include "qvr/quaternion.h"
 #include "qvr/rotation_order.h"
@@ -10,16 +11,14 @@
 #include "scalar_functions.h"
 #include "transcendental.h"
 
-#include <cmath>
-
 using namespace nodusmath;
 
 namespace {
 
 // Mod: the remainder of the quotient truncated towards zero, with the sign of a; 0 for a zero
 // integer divisor, as Div has it, NaN for a zero float one.
-Double remainderOf(Double a, Double b) noexcept { return std::fmod(a, b); }
-Float remainderOf(Float a, Float b) noexcept { return std::fmod(a, b); }
+Double remainderOf(Double a, Double b) noexcept { return library::fmod(a, b); }
+Float remainderOf(Float a, Float b) noexcept { return library::fmod(a, b); }
 Int32 remainderOf(Int32 a, Int32 b) noexcept { return dividesUnsafely(b) ? 0 : a % b; }
 UInt32 remainderOf(UInt32 a, UInt32 b) noexcept { return b == 0 ? 0 : a % b; }
 UInt8 remainderOf(UInt8 a, UInt8 b) noexcept

@@ -4,6 +4,7 @@
 #include "randomgenerator.h"
 
 #include "kernels.h"
+#include "mathlibrary.h"
 #include "ports.h"
 #include "qvr/integers.h"
 #include "qvr/quaternion.h"
@@ -154,8 +155,8 @@ QVR_INLINE Lanes uniformDraw(Interval<Lanes> const& interval, Lanes unit) noexce
 QVR_INLINE float normalDraw(float middle, float half, float unit, float turns) noexcept
 {
     float const deviation = half * 0.25f;
-    double const cosine = std::cos(static_cast<double>(turns * kTurn));
-    double const distance = std::sqrt(std::log(static_cast<double>(unit)) * -2.0);
+    double const cosine = library::cos(static_cast<double>(turns * kTurn));
+    double const distance = std::sqrt(library::log(static_cast<double>(unit)) * -2.0);
     return static_cast<float>(static_cast<double>(middle) +
                               (static_cast<double>(deviation) * distance) * cosine);
 }

@@ -5,10 +5,9 @@
 // C library and has no such limit. The two also differ at halves, see roundOf.
 #pragma once
 
+#include "mathlibrary.h"
 #include "qvr/scalar.h"
 #include "values.h"
-
-#include <cmath>
 
 namespace nodusmath {
 
@@ -20,15 +19,15 @@ inline Float asFloat(Int32 value) noexcept { return static_cast<Float>(value); }
 template <typename T> T roundOf(T value) noexcept;
 template <> inline Float roundOf(Float value) noexcept { return qvr::wholeNearest(value); }
 // Ties upwards for Double: 2.5 gives 3. The sum is rounded too: the double before 0.5 gives 1.
-template <> inline Double roundOf(Double value) noexcept { return std::floor(value + 0.5); }
+template <> inline Double roundOf(Double value) noexcept { return library::floor(value + 0.5); }
 
 template <typename T> T floorOf(T value) noexcept;
 template <> inline Float floorOf(Float value) noexcept { return qvr::wholeBelow(value); }
-template <> inline Double floorOf(Double value) noexcept { return std::floor(value); }
+template <> inline Double floorOf(Double value) noexcept { return library::floor(value); }
 
 template <typename T> T ceilOf(T value) noexcept;
 template <> inline Float ceilOf(Float value) noexcept { return qvr::wholeAbove(value); }
-template <> inline Double ceilOf(Double value) noexcept { return std::ceil(value); }
+template <> inline Double ceilOf(Double value) noexcept { return library::ceil(value); }
 
 // With the sign of the value, except that a negative integer gives +0. Through a 32-bit integer
 // for Double too.

@@ -1,40 +1,43 @@
 // Trigonometry, exponentials, logarithms and roots. Angles are in radians.
 //
-// Most hand their ports to the C library in their own precision: what it makes of NaN, infinities,
-// poles and arguments outside of a domain stands. Nothing reads or clears errno.
+// Most hand their ports to the math library in their own precision: what it makes of NaN,
+// infinities, poles and arguments outside of a domain stands. Nothing reads or clears errno.
 #pragma once
 
+#include "mathlibrary.h"
 #include "qvr/scalar.h"
 #include "values.h"
 
 #include <bit>
-#include <cmath>
+#include <cstdint>
 
 namespace nodusmath {
 
-template <typename T> T sineOf(T value) noexcept { return std::sin(value); }
-template <typename T> T cosineOf(T value) noexcept { return std::cos(value); }
-template <typename T> T tangentOf(T value) noexcept { return std::tan(value); }
-template <typename T> T arcSineOf(T value) noexcept { return std::asin(value); }
-template <typename T> T arcCosineOf(T value) noexcept { return std::acos(value); }
-template <typename T> T arcTangentOf(T y, T x) noexcept { return std::atan2(y, x); }
-template <typename T> T exponentialOf(T value) noexcept { return std::exp(value); }
-template <typename T> T logarithmOf(T value) noexcept { return std::log(value); }
-template <typename T> T decimalLogarithmOf(T value) noexcept { return std::log10(value); }
-template <typename T> T powerOf(T base, T exponent) noexcept { return std::pow(base, exponent); }
+template <typename T> T sineOf(T value) noexcept { return library::sin(value); }
+template <typename T> T cosineOf(T value) noexcept { return library::cos(value); }
+template <typename T> T tangentOf(T value) noexcept { return library::tan(value); }
+template <typename T> T arcSineOf(T value) noexcept { return library::asin(value); }
+template <typename T> T arcCosineOf(T value) noexcept { return library::acos(value); }
+template <typename T> T arcTangentOf(T y, T x) noexcept { return library::atan2(y, x); }
+template <typename T> T exponentialOf(T value) noexcept { return library::exp(value); }
+template <typename T> T logarithmOf(T value) noexcept { return library::log(value); }
+template <typename T> T decimalLogarithmOf(T value) noexcept { return library::log10(value); }
+template <typename T> T powerOf(T base, T exponent) noexcept
+{
+    return library::pow(base, exponent);
+}
 
-// By reference, so that the library writes to the ports themselves: one evaluation for both. It is
-// an extension of the GNU C library and others.
+// By reference, so that the library writes to the ports themselves: one evaluation for both.
 template <typename T> void sineAndCosine(T value, T& sine, T& cosine) noexcept;
 template <> inline void sineAndCosine(Float value, Float& sine, Float& cosine) noexcept
 {
-    ::sincosf(value, &sine, &cosine);
+    library::sincos(value, sine, cosine);
 }
 // Two calls, the sine first: the module's build keeps compilers from merging them.
 template <> inline void sineAndCosine(Double value, Double& sine, Double& cosine) noexcept
 {
-    sine = std::sin(value);
-    cosine = std::cos(value);
+    sine = library::sin(value);
+    cosine = library::cos(value);
 }
 
 // The nearest of each type to ln 2 (0x3F317218, 0x3FE62E42FEFA39EF) and to 1 / ln 2 (0x3FB8AA3B,
@@ -53,17 +56,17 @@ static_assert(std::bit_cast<std::uint64_t>(kReciprocalLn2<Double>) == 0x3FF71547
 template <typename T> T binaryExponentialOf(T value) noexcept;
 template <> inline Float binaryExponentialOf(Float value) noexcept
 {
-    return std::exp(value * kLn2<Float>);
+    return library::exp(value * kLn2<Float>);
 }
 // The exponential itself in extended precision, rounded once more at the end.
 template <> inline Double binaryExponentialOf(Double value) noexcept
 {
     Double const product = value * kLn2<Double>;
-    return static_cast<Double>(std::exp(static_cast<long double>(product)));
+    return static_cast<Double>(library::exp(static_cast<long double>(product)));
 }
 template <typename T> T binaryLogarithmOf(T value) noexcept
 {
-    return std::log(value) * kReciprocalLn2<T>;
+    return library::log(value) * kReciprocalLn2<T>;
 }
 
 template <typename T> T squareRootOf(T value) noexcept { return qvr::squareRoot(value); }
@@ -87,7 +90,7 @@ template <> inline Double reciprocalSquareRootOf(Double value) noexcept
 inline Float cosineLaw(Float a, Float b, Float c) noexcept
 {
     Float const difference = ((c * c) - (a * a)) - (b * b);
-    return static_cast<Float>(std::acos(qvr::squareRoot(Double{difference})));
+    return static_cast<Float>(library::acos(qvr::squareRoot(Double{difference})));
 }
 
 }  // namespace nodusmath

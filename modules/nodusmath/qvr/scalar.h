@@ -2,6 +2,8 @@
 // the bits.
 #pragma once
 
+#include "estimates.h"
+
 #include <emmintrin.h>
 
 #include <bit>
@@ -126,11 +128,11 @@ QVR_INLINE float wholeAbove(float v) noexcept
     return _mm_cvtss_f32(_mm_sub_ss(nearest, minusOneIfLess(nearest, lanes)));
 }
 
-// The processor's estimate of 1 / sqrt(v), at most 1.5 * 2^-12 off, relative: an infinity of v's
-// sign for zeros and subnormals, NaN below them, +0 for the infinity.
+// The estimate of 1 / sqrt(v), at most 1.5 * 2^-12 off, relative: an infinity of v's sign for zeros
+// and subnormals, NaN below them, +0 for the infinity.
 QVR_INLINE float reciprocalSquareRootEstimate(float v) noexcept
 {
-    return _mm_cvtss_f32(_mm_rsqrt_ss(inLane0(v)));
+    return reciprocalSquareRootLane0(inLane0(v));
 }
 
 }  // namespace qvr

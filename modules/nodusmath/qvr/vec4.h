@@ -129,10 +129,13 @@ QVR_INLINE _vec4 maximum(_vec4 a, _vec4 b) noexcept { return {_mm_max_ps(a.lanes
 
 QVR_INLINE _vec4 squareRoot(_vec4 v) noexcept { return {_mm_sqrt_ps(v.lanes)}; }
 
-// The processor's own approximations, relative error at most 1.5 * 2^-12. Their bits differ between
-// processor makers. Zeros and subnormals give an infinity of their sign.
-QVR_INLINE _vec4 reciprocalEstimate(_vec4 v) noexcept { return {_mm_rcp_ps(v.lanes)}; }
-QVR_INLINE _vec4 reciprocalSquareRootEstimate(_vec4 v) noexcept { return {_mm_rsqrt_ps(v.lanes)}; }
+// Estimates by the source that estimates.h gives, relative error at most 1.5 * 2^-12. The
+// processor's bits differ between makers. Zeros and subnormals give an infinity of their sign.
+QVR_INLINE _vec4 reciprocalEstimate(_vec4 v) noexcept { return {reciprocalLanes(v.lanes)}; }
+QVR_INLINE _vec4 reciprocalSquareRootEstimate(_vec4 v) noexcept
+{
+    return {reciprocalSquareRootLanes(v.lanes)};
+}
 
 // The whole number nearest to each lane, ties to even, by way of 32-bit integers: what does not fit
 // one becomes -2^31.

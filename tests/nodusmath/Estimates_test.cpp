@@ -1,0 +1,52 @@
+// The exact operations that stand for the processor's estimates: NaN, zeros and infinities wherever
+// the instructions give them, and elsewhere within the error that the instructions promise.
+#include "qvr/estimates.h"
+
+#include "support/kernel_call.h"
+
+#include <cmath>
+
+using nodus::test::bits;
+
+namespace {
+
+struct Estimate {
+    char const* why;
+    __m128 (*instruction)(__m128);
+    __m128 (*exact)(__m128);
+    float lastSure;  // above it the instruction may give zeros where the quotient is still normal
+};
+Estimate const kEstimates[] = {
+    {"1 / v", [](__m128 v) { return _mm_rcp_ps(v); }, qvr::exactReciprocal, 0x1.8p+125f},
+    {"1 / sqrt(v)", [](__m128 v) { return _mm_rsqrt_ps(v); }, qvr::exactReciprocalSquareRoot,
+     0x1.fffffep127f},
+};
+
+float lane0Of(__m128 (*function)(__m128), float v)
+{
+    return _mm_cvtss_f32(function(_mm_set1_ps(v)));
+}
+
+}  // namespace
+
+// Every exponent, both signs, and fractions at the ends and between.
+TEST(Estimates, ExactOnesAnswerAlikeAtTheEdges)
+{
+    for (Estimate const& estimate : kEstimates)
+        for (std::uint32_t high = 0; high < 512; ++high)
+            for (std::uint32_t const fraction : {0u, 1u, 0x2AAAAAu, 0x400000u, 0x7FFFFFu}) {
+                float const v = std::bit_cast<float>(high << 23 | fraction);
+                float const given = lane0Of(estimate.instruction, v);
+                float const exact = lane0Of(estimate.exact, v);
+                std::string const where =
+                    std::string(estimate.why) + " of " + std::to_string(bits(v));
+                if (std::isnan(given) || std::isinf(given) || v == 0) {
+                    EXPECT_EQ(bits(exact), bits(given)) << where;
+                } else if (std::abs(v) <= estimate.lastSure) {
+                    EXPECT_LE(std::abs(given - exact), 0x1.8p-12f * std::abs(exact)) << where;
+                } else {
+                    EXPECT_EQ(std::signbit(exact), std::signbit(given)) << where;
+                    EXPECT_TRUE(std::isnormal(exact) || exact == 0) << where;
+                }
+            }
+}
