@@ -4,7 +4,7 @@
 set -eu
 
 run="g++ cmake ninja-build googletest nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libpng-dev"
-test="$run musl-dev clang clang-format libclang-rt-14-dev binutils valgrind
+test="$run musl-dev qemu-user clang clang-format libclang-rt-14-dev binutils valgrind
     pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db parallel openmpi-bin"
 benchmark="$run valgrind libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libstb-dev"
 

@@ -24,6 +24,7 @@ struct Command {
 
 Command addCall(CLI::App& app, Shared const& shared);
 Command addDescribe(CLI::App& app, Shared const& shared);
+Command addDigest(CLI::App& app, Shared const& shared);
 Command addEval(CLI::App& app, Shared const& shared);
 Command addList(CLI::App& app, Shared const& shared);
 Command addManual(CLI::App& app, Shared const& shared);

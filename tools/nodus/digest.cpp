@@ -1,0 +1,69 @@
+// nodus digest: whether two machines, compilers or builds compute the same bits.
+#include "environment.h"
+
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/digest.h"
+#include "nodus/host/literals.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <string_view>
+
+namespace nodus::tools {
+
+namespace {
+
+int digest(std::string const& seedText, Shared const& shared)
+{
+    std::uint32_t seed = 0;
+    std::string const wrong = host::readNumber(seedText, host::valueType(host::TypeId::UInt32),
+                                               reinterpret_cast<std::byte*>(&seed));
+    if (!wrong.empty())
+        throw host::Fault("--seed: " + wrong);
+    Environment const environment(shared);
+    auto const families = host::digestFamilies(environment.catalogue(), seed);
+
+    std::string text =
+        fmt::format("# seed {}, {} calls a kernel, all NaN alike\n", seed, host::kDigestCalls);
+    auto const line = [](std::string_view name, std::string_view group, std::uint64_t digest) {
+        return fmt::format("{:<26} {:<9} {:016x}\n", name, group, digest);
+    };
+    std::vector<std::string> groups;
+    for (host::FamilyDigest const& each : families) {
+        text += line(each.family->name, each.group, each.digest);
+        if (std::ranges::find(groups, each.group) == groups.end())
+            groups.push_back(each.group);
+    }
+    // Of the digests that they stand for, in their order.
+    groups.emplace_back("all");
+    for (std::string const& group : groups) {
+        host::Fnv1a total;
+        for (host::FamilyDigest const& each : families)
+            if (group == "all" || each.group == group)
+                total.add(&each.digest, sizeof each.digest);
+        text += line("all", group == "all" ? "" : group, total.value());
+    }
+    print(text);
+    return 0;
+}
+
+}  // namespace
+
+Command addDigest(CLI::App& app, Shared const& shared)
+{
+    CLI::App* const command =
+        app.add_subcommand("digest", "Digest what every kernel answers to generated inputs");
+    auto const seed = std::make_shared<std::string>("1");
+    command->add_option("--seed", *seed, "Which inputs to generate, 1 without it")->type_name("N");
+    command->footer(
+        "A line a family: its name, what its bits depend on, and a 64-bit FNV-1a hash\n"
+        "of its outputs and log messages. What is marked exact is the same on every\n"
+        "machine; estimate depends on the processor, libm and rand on the C library,\n"
+        "but in a portable build only rand does. The last lines stand for these groups\n"
+        "and for all.\n\n"
+        "Example:\n  nodus digest >here.txt; diff here.txt there.txt");
+    return {command, [seed, &shared] { return digest(*seed, shared); }};
+}
+
+}  // namespace nodus::tools
