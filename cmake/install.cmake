@@ -42,6 +42,9 @@ install(TARGETS nodus RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tool
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus/examples COMPONENT tools
   USE_SOURCE_PERMISSIONS)
 
+install(FILES ${CMAKE_BINARY_DIR}/reference/index.html
+  DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference COMPONENT tools)
+
 # The command itself writes its manual and completions.
 find_program(GZIP gzip)
 set(manual_page nodus.1)

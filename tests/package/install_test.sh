@@ -59,6 +59,8 @@ if [ "${3:-}" = with-tools ]; then
     nodus=$prefix/bin/nodus
     expect "the command's version" "nodus $version" "$("$nodus" --version)"
     [ -n "$(cd / && "$nodus" list)" ] || fail "the installed command lists no kernels"
+    grep -q 'id="Slerp"' "$prefix/share/doc/nodusmath/reference/index.html" ||
+        fail "there is no node reference"
     cd "$prefix"/share/nodus/examples
     evaluates() { # alone, as a picture, or with one of the tables beside it
         "$nodus" eval "$1" --frames 0:1 && return

@@ -1,0 +1,237 @@
+# The node reference in a browser: searching, links, keys, the clipboard, a phone, light and dark, without scripts.
+# Leaves its screenshots beside the page.
+# usage: browser_test.py BUILD-DIRECTORY
+import base64
+import json
+import os
+import pathlib
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+import urllib.request
+
+FOLDER = pathlib.Path(sys.argv.pop()).resolve() / 'reference'
+PAGE = (FOLDER / 'index.html').as_uri()
+ENTER, ESCAPE, DOWN, UP = '\ue007', '\ue00c', '\ue015', '\ue013'
+DESKTOP, PHONE = (1280, 900), (360, 740)
+
+if not (shutil.which('chromium') and shutil.which('chromedriver')):
+    print('SKIPPED: chromium or chromedriver is missing')
+    sys.exit(77)
+
+
+class Browser:
+    """One headless Chromium with an empty profile, led by WebDriver."""
+
+    def __init__(self):
+        self.profile = tempfile.TemporaryDirectory()
+        self.driver = subprocess.Popen(['chromedriver', '--port=0'], stdout=subprocess.PIPE, text=True)
+        for line in self.driver.stdout:
+            if started := re.search(r'started successfully on port (\d+)', line):
+                break
+        self.url = f'http://127.0.0.1:{started[1]}/session'
+        arguments = ['--headless', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-sync',
+                     '--disable-background-networking', '--disable-component-update', '--hide-scrollbars',
+                     f'--user-data-dir={self.profile.name}']
+        if os.geteuid() == 0:
+            arguments.append('--no-sandbox')
+        options = {'goog:chromeOptions': {'args': arguments}, 'goog:loggingPrefs': {'browser': 'ALL'}}
+        self.url += '/' + self.post('', {'capabilities': {'alwaysMatch': options}})['sessionId']
+
+    def post(self, path, body, method='POST'):
+        request = urllib.request.Request(self.url + path, json.dumps(body).encode(), method=method)
+        with urllib.request.urlopen(request, timeout=60) as answer:
+            return json.load(answer)['value']
+
+    def close(self):
+        self.post('', {}, 'DELETE')
+        self.driver.terminate()
+        self.driver.wait()
+        self.driver.stdout.close()
+        self.profile.cleanup()
+
+    def command(self, name, **parameters):
+        return self.post('/goog/cdp/execute', {'cmd': name, 'params': parameters})
+
+    def run(self, script, *arguments):
+        return self.post('/execute/sync', {'script': 'return ' + script, 'args': arguments})
+
+    def keys(self, text):
+        actions = [{'type': kind, 'value': key} for key in text for kind in ('keyDown', 'keyUp')]
+        self.post('/actions', {'actions': [{'type': 'key', 'id': 'keys', 'actions': actions}]})
+
+    def click(self, selector):
+        element = self.post('/element', {'using': 'css selector', 'value': selector})
+        self.post(f'/element/{next(iter(element.values()))}/click', {})
+
+    def open(self, hash=''):
+        self.post('/url', {'url': 'about:blank'})
+        self.post('/url', {'url': PAGE + hash})
+
+    def show(self, size, scheme='light'):
+        self.command('Emulation.setDeviceMetricsOverride', width=size[0], height=size[1], deviceScaleFactor=1,
+                     mobile=size == PHONE)
+        self.command('Emulation.setEmulatedMedia', features=[{'name': 'prefers-color-scheme', 'value': scheme}])
+
+    def screenshot(self, name):
+        picture = base64.b64decode(self.command('Page.captureScreenshot')['data'])
+        (FOLDER / f'{name}.png').write_bytes(picture)
+        return picture
+
+
+# Texts on their backgrounds: the least contrast of each kind, as WCAG has it.
+CONTRAST = '''(() => {
+  const parts = (colour) => colour.match(/[\\d.]+/g).map(Number);
+  const light = (colour) => parts(colour).slice(0, 3).map((c) => c / 255)
+    .map((c) => c <= 0.04045 ? c / 12.92 : ((c + 0.055) / 1.055) ** 2.4)
+    .reduce((sum, c, i) => sum + c * [0.2126, 0.7152, 0.0722][i], 0);
+  const back = (part) => !part ? 'rgb(255,255,255)' : (parts(getComputedStyle(part).backgroundColor)[3] ?? 1) > 0
+    ? getComputedStyle(part).backgroundColor : back(part.parentElement);
+  return ['p', 'h1', 'h3', '.see a', '.type', 'td:nth-child(3)', 'th', '.edges code', 'samp', 'figcaption',
+          'summary', 'nav .group', 'kbd', '#search'].map((kind) => {
+    const part = document.querySelector('main ' + kind) ?? document.querySelector(kind);
+    const [a, b] = [light(getComputedStyle(part).color), light(back(part))].sort();
+    return [kind, (b + 0.05) / (a + 0.05)];
+  });
+})()'''
+
+
+class InABrowser(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.browser = Browser()
+        cls.addClassCleanup(cls.browser.close)
+
+    def setUp(self):
+        self.browser.show(DESKTOP)
+        self.browser.open()
+
+    def tearDown(self):
+        faults = self.browser.post('/se/log', {'type': 'browser'})
+        self.assertEqual([fault['message'] for fault in faults if fault['level'] == 'SEVERE'], [])
+
+    def shown(self):
+        return self.browser.run('[...document.querySelectorAll("article")].filter((a) => a.checkVisibility())'
+                                '.map((a) => a.id)')
+
+    def soon(self, script, expected):
+        """Links and the way back take effect a moment later."""
+        for _ in range(100):
+            if (got := self.browser.run(script)) == expected:
+                return
+            time.sleep(0.02)
+        self.assertEqual(got, expected, script)
+
+    def leads_to(self, name):
+        """The page has scrolled to that node, below the bar, and it has the focus."""
+        self.soon('[location.hash, document.activeElement.id]', ['#' + name, name])
+        self.soon(f'((top, bar) => top >= bar && top < bar + 40)(document.getElementById("{name}")'
+                  '.getBoundingClientRect().top, document.querySelector(".top").offsetHeight)', True)
+
+    def shows_everything(self):
+        self.soon('[...document.querySelectorAll("article")].filter((a) => a.checkVisibility()).length', 88)
+
+    def test_search_then_follow_links(self):
+        self.shows_everything()
+        self.assertEqual(self.browser.run('[...document.images].map((image) => image.naturalWidth)'), [480, 240, 240])
+        self.browser.keys('/slerp')
+        self.assertEqual(self.browser.run('document.getElementById("search").value'), 'slerp')
+        self.assertEqual(self.shown()[0], 'Slerp')
+        self.assertLess(len(self.shown()), 5)
+        self.assertEqual(self.browser.run('location.hash'), '#q=slerp')
+        self.browser.keys(ENTER)
+        self.leads_to('Slerp')
+        self.shows_everything()
+        self.assertGreater(len(self.browser.screenshot('desktop')), 40000)
+        self.browser.click('#Slerp .see a[href="#RotateVector"]')
+        self.leads_to('RotateVector')
+
+    def test_words_of_other_trades_find_nodes(self):
+        for words, first in [('sin', 'Sin'), ('remap', 'Rescale'), ('look at', 'QuatArcRotate'), ('int', 'CastFloatToInt32'),
+                             ('perlin', 'Noise1D'), ('interpolate', 'Lerp'), ('gaussian', 'RandomGenerator'),
+                             ('square root', 'Sqrt'), ('noduslogvaluetqs', 'LogValue')]:
+            with self.subTest(words):
+                self.browser.keys('/' + words)
+                self.assertEqual(self.shown()[:1], [first])
+                self.browser.keys(ESCAPE)
+        self.browser.keys('/zzz')
+        self.assertEqual(self.shown(), [])
+        self.assertIn('No node matches', self.browser.run('document.getElementById("count").textContent'))
+
+    def test_links_from_outside(self):
+        self.browser.open('#q=noise&type=Float2')
+        self.assertEqual(self.shown(), ['Noise2D'])
+        for hash in ('Add', 'add_float3', 'NodusAdd_Float3_Solve'):
+            self.browser.open('#' + hash)
+            self.soon('document.activeElement.id', 'Add')
+        self.browser.click('#Add a.type[title=Add_Translation]')
+        self.soon('document.getElementById("type").value', 'Translation')
+        self.assertIn('Negate', self.shown())
+        self.assertNotIn('Sub', self.shown())
+        self.browser.run('history.back()')
+        self.shows_everything()
+
+    def test_keys_move_through_the_results(self):
+        focus = 'document.activeElement.textContent || document.activeElement.id'
+        self.browser.keys('/log')
+        self.browser.keys(DOWN)
+        first = self.browser.run(focus)
+        self.browser.keys(DOWN)
+        self.assertEqual([first, self.browser.run(focus)], self.shown()[:2])
+        self.browser.keys(UP + UP)
+        self.assertEqual(self.browser.run(focus), 'search')
+        self.browser.keys(DOWN + DOWN + ENTER)
+        self.shows_everything()
+        self.browser.keys('/' + ESCAPE)
+        self.assertEqual(self.browser.run('document.activeElement.id'), '')
+
+    def test_copies_a_graph(self):
+        self.browser.command('Browser.grantPermissions', permissions=['clipboardReadWrite'])
+        self.browser.click('#Slerp .copy')
+        self.soon('document.querySelector("#Slerp .copy").textContent', 'Copied')
+        copied = self.browser.run('navigator.clipboard.readText()')
+        self.assertEqual(json.loads(copied)['nodes']['blend']['type'], 'Slerp_Quat')
+
+    def test_fits_a_phone(self):
+        self.browser.show(PHONE)
+        for hash in ('', '#q=rotation', '#EulerToQuaternion', '#Noise2D'):
+            self.browser.open(hash)
+            self.assertLessEqual(self.browser.run('document.documentElement.scrollWidth'), PHONE[0], hash)
+            # Nor does a table hide a part of itself.
+            self.assertEqual(self.browser.run('[...document.querySelectorAll(".wide")].filter((table) =>'
+                                              'table.scrollWidth > table.clientWidth).length'), 0)
+        picture = self.browser.screenshot('phone')
+        self.assertEqual(struct.unpack('>II', picture[16:24]), PHONE)
+        self.assertGreater(len(picture), 20000)
+
+    def test_light_and_dark(self):
+        back = 'getComputedStyle(document.body).backgroundColor'
+        backs = []
+        for scheme in ('light', 'dark'):
+            self.browser.show(DESKTOP, scheme)
+            for kind, contrast in self.browser.run(CONTRAST):
+                self.assertGreaterEqual(contrast, 4.5, f'{kind}, {scheme}')
+            backs.append(self.browser.run(back))
+        self.assertNotEqual(*backs)
+        self.browser.screenshot('dark')
+        self.browser.click('#theme')
+        self.browser.open()
+        self.assertEqual(self.browser.run(back), backs[0])
+        self.browser.run('localStorage.clear()')
+
+    def test_can_be_read_without_scripts(self):
+        self.browser.command('Emulation.setScriptExecutionDisabled', value=True)
+        try:
+            self.browser.open()
+            self.assertEqual(len(self.shown()), 88)
+            self.assertFalse(self.browser.run('document.getElementById("search").checkVisibility()'))
+        finally:
+            self.browser.command('Emulation.setScriptExecutionDisabled', value=False)
+
+
+unittest.main(verbosity=0)

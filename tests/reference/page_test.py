@@ -1,0 +1,130 @@
+# What the node reference says: every family and kernel is there, its graphs and calls give the results that stand
+# beside them, and notes that are wrong make no page.
+# usage: page_test.py BUILD-DIRECTORY
+import html
+import json
+import math
+import pathlib
+import re
+import shlex
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+BUILD = pathlib.Path(sys.argv.pop()).resolve()
+SOURCE = pathlib.Path(__file__).resolve().parents[2]
+REFERENCE = SOURCE / 'docs/reference'
+MODULE = BUILD / 'lib/libnodusmath.so'
+PAGE = (BUILD / 'reference/index.html').read_text()
+ARTICLES = {name: body for name, body in re.findall(r'<article id="(\w+)"(.*?)</article>', PAGE, re.S)}
+
+
+def run(*words):
+    return subprocess.run([str(word) for word in words], capture_output=True, text=True)
+
+
+def numbers(text):
+    """The values of "a.result = (1, nan)" or of a CSV line; nobody promises the sign of a NaN."""
+    values = re.sub(r'[\w.]+ = |\b[tqs] \(', ' ', text)
+    return [value.replace('-nan', 'nan') for value in re.findall(r'[-\w.+]+', values)]
+
+
+class Page(unittest.TestCase):
+    def test_has_every_family_port_and_kernel(self):
+        catalogue = json.loads((SOURCE / 'modules/nodusmath/nodusmath.json').read_text())
+        self.assertEqual(sorted(ARTICLES), sorted(family['name'] for family in catalogue['families']))
+        for family in catalogue['families']:
+            rows = re.findall(r'<tr><td><code>(\w+)</code>', ARTICLES[family['name']])
+            ports = [port['name'] for port in family['inputs'] + family['outputs']]
+            self.assertEqual(rows, ports, family['name'])
+            self.assertIn(html.escape(family['edges'], quote=False), ARTICLES[family['name']])
+        listed = re.findall(r'NODUS_\w+\((\w+)\)', (SOURCE / 'modules/nodusmath/kernels.def').read_text())
+        shown = re.findall(r'<li><code>(\w+)</code>', ' '.join(ARTICLES.values()))
+        # The logging kernels have no underscore between family and type.
+        self.assertEqual(sorted(shown), sorted(listed))
+
+    def test_needs_nothing_from_elsewhere(self):
+        self.assertEqual(re.findall(r'(?:src|href)="(?!#|data:)[^"]*"|url\(|@import|https?://', PAGE), [])
+
+    def test_graphs_give_the_results_beside_them(self):
+        for name, article in ARTICLES.items():
+            frames, graph = re.search(r'data-frames="(\d+)" .*?<code>(.*?)</code>', article, re.S).groups()
+            shown = html.unescape(re.search(r'<samp>(.*?)</samp>', article, re.S)[1]).splitlines()
+            with self.subTest(name), tempfile.TemporaryDirectory() as folder:
+                path = pathlib.Path(folder, 'graph.json')
+                path.write_text(html.unescape(graph))
+                got = run(BUILD / 'bin/nodus', 'eval', path, '--frames', f'0:{int(frames) - 1}')
+                self.assertEqual(got.returncode, 0, got.stderr)
+                rows = [row.split(',', 1)[1] for row in got.stdout.splitlines()[1:]]
+                results = [re.sub(r'^frame \d+: ', '', line) for line in shown if ' = ' in line]
+                self.assertEqual(numbers(' '.join(results)), numbers(' '.join(rows)))
+                self.assertEqual([line for line in shown if ' = ' not in line], got.stderr.splitlines())
+
+    def test_calls_give_the_results_beside_them(self):
+        calls = re.findall(r'<dd><code>(nodus .*?)</code> <output>(.*?)</output>', PAGE)
+        self.assertGreater(len(calls), 100)
+        for call, shown in calls:
+            with self.subTest(call):
+                got = run(BUILD / 'bin/nodus', *shlex.split(html.unescape(call))[1:])
+                self.assertEqual(got.returncode, 0, got.stderr)
+                self.assertEqual(numbers(shown), numbers(got.stdout))
+
+    def test_curves_lie_where_the_function_does(self):
+        # In the units of the drawing: two turns on 362, from -1.25 to 1.25 on 192.
+        path = re.search(r'class="c1" d="M(.*?) "', ARTICLES['Sin'])[1]
+        points = [tuple(map(float, point.split())) for point in path.split('L')]
+        self.assertEqual((points[0][0], points[-1][0]), (0, 362))
+        self.assertGreater(len(points), 30)
+        for x, y in points:
+            self.assertAlmostEqual(y, 96 - 192 / 2.5 * math.sin(4 * math.pi * x / 362), delta=0.2)
+
+    def test_histograms_have_the_shape_of_their_distributions(self):
+        # 60 bins on 362 from -1.5 to 1.5, the axis at 192: uniform from -1 to 1, normal about 0.
+        uniform, normal = ([(float(x), 192 - float(y)) for x, y in re.findall(r'M([\d.]+) 192V([\d.]+)h', bars)]
+                           for bars in re.findall(r'class="bars" d="(.*?)"', ARTICLES['RandomGenerator']))
+        self.assertAlmostEqual(uniform[0][0], 362 / 6, delta=0.1)
+        self.assertEqual(len(uniform), 40)
+        self.assertGreater(min(height for _, height in uniform), 0.8 * max(height for _, height in uniform))
+        self.assertAlmostEqual(max(normal, key=lambda bar: bar[1])[0], 181, delta=20)
+        # Two thirds lie within one standard deviation, a quarter of the range.
+        near = sum(height for x, height in normal if abs(x + 3 - 181) < 362 / 12)
+        self.assertAlmostEqual(near / sum(height for _, height in normal), 0.68, delta=0.03)
+
+
+class WrongNotes(unittest.TestCase):
+    NOTES = json.loads((REFERENCE / 'nodes.json').read_text())
+
+    def refuse(self, change, *words):
+        notes = json.loads(json.dumps(self.NOTES))
+        change(notes)
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copytree(REFERENCE, folder, dirs_exist_ok=True)
+            pathlib.Path(folder, 'nodes.json').write_text(json.dumps(notes))
+            output = pathlib.Path(folder, 'index.html')
+            got = run(BUILD / 'bin/nodus_reference', MODULE, folder, output)
+            self.assertEqual((got.returncode, output.exists()), (2, False))
+            for word in words:
+                self.assertIn(word, got.stderr)
+
+    def test_are_refused(self):
+        def node(name, **changes):
+            return lambda notes: notes['nodes'][name].update(changes)
+
+        for change, *words in [
+            (lambda notes: notes['nodes'].pop('Slerp'), 'nodes.json: the family Slerp has no entry'),
+            (lambda notes: notes['nodes'].update(Slurp={}), "there is no family 'Slurp'; did you mean"),
+            (lambda notes: notes['groups'].pop(), "the group 'diagnostics' of LogValue has no entry"),
+            (node('Add', tpyo=1), "nodes.json: Add: unknown key 'tpyo'"),
+            (node('Add', see=['Plus']), "Add, see: there is no family 'Plus'"),
+            (node('Add', example={'type': 'Sub_Float'}), 'Add, example: has no node of the family'),
+            (node('Add', example={'type': 'Add_Float', 'inputs': {'c': 1}}), 'Add, example', "no input 'c'"),
+            (node('Add', edges=[{'why': 'x', 'inputs': {'a': 'one'}}]), 'Add, edges', 'wants Float3'),
+            (node('Sin', plots=[{'caption': 'x', 'x': [1, 0], 'y': [0, 1], 'curves': []}]), 'lesser number first'),
+        ]:
+            with self.subTest(words[0]):
+                self.refuse(change, *words)
+
+
+unittest.main(verbosity=0)
