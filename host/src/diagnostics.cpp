@@ -6,6 +6,31 @@
 
 namespace nodus::host {
 
+namespace {
+
+// Of the readable character in UTF-8 that the text begins with; 0 when it begins with none.
+std::size_t characterLength(std::string_view text)
+{
+    auto const at = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    unsigned const first = at(0);
+    if (first < 0x80)
+        return first < 0x20 || first == 0x7F ? 0 : 1;
+    std::size_t const length = first < 0xC2 ? 0 : first < 0xE0 ? 2 : first < 0xF0 ? 3 : 4;
+    if (length == 0 || first > 0xF4 || text.size() < length)
+        return 0;
+    for (std::size_t i = 1; i < length; ++i)
+        if ((at(i) & 0xC0) != 0x80)
+            return 0;
+    // Control characters, longer forms than need be, surrogates, and what is beyond Unicode.
+    unsigned const second = at(1);
+    bool const isWrong = (first == 0xC2 && second < 0xA0) || (first == 0xE0 && second < 0xA0) ||
+                         (first == 0xED && second > 0x9F) || (first == 0xF0 && second < 0x90) ||
+                         (first == 0xF4 && second > 0x8F);
+    return isWrong ? 0 : length;
+}
+
+}  // namespace
+
 void Diagnostics::add(Fault const& fault)
 {
     m_lines.insert(m_lines.end(), fault.lines().begin(), fault.lines().end());
@@ -21,10 +46,30 @@ std::string systemError(int number) { return std::generic_category().message(num
 
 std::string printable(std::string_view text)
 {
-    std::string line(text);
-    std::ranges::replace_if(
-        line, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    std::string line;
+    while (!text.empty()) {
+        std::size_t const length = characterLength(text);
+        if (length == 0)
+            line += '?';
+        else
+            line += text.substr(0, length);
+        text.remove_prefix(std::max(length, std::size_t{1}));
+    }
     return line;
+}
+
+std::string shortened(std::string_view text, std::size_t most)
+{
+    if (text.size() <= most)
+        return std::string(text);
+    std::string between(text.substr(0, most * 3 / 4));
+    return between.append(" ... ").append(text.substr(text.size() - most / 4));
+}
+
+std::string inQuotes(std::string_view text)
+{
+    constexpr std::size_t kMost = 80;
+    return "'" + std::string(text.substr(0, kMost)) + (text.size() > kMost ? "...'" : "'");
 }
 
 std::string alternatives(std::vector<std::string_view> const& names)

@@ -22,12 +22,6 @@ constexpr std::string_view kSourceShape =
 // Looking for the nearest name takes time; with very many faults, the first ones get it.
 constexpr std::size_t kMostSearches = 20;
 
-std::string quoted(std::string_view text)
-{
-    std::string between(1, '\'');
-    return between.append(text.data(), text.size()).append(1, '\'');
-}
-
 std::string named(ValueType const& type) { return std::string(type.name); }
 
 // "a.b.c" as "a", "b", "c"; the third takes all the rest.
@@ -90,7 +84,7 @@ private:
     {
         for (std::string const& key : object.keys)
             if (std::ranges::find(known, key) == known.end())
-                fault(place, "unknown key " + quoted(key) + nearest(key, known, known));
+                fault(place, "unknown key " + inQuotes(key) + nearest(key, known, known));
     }
 
     // The nearest of the names, or all of them in a short list.
@@ -128,7 +122,7 @@ private:
         node.type = nullptr;
         // Of two nodes of one name the first is meant; the reader of the file has told it already.
         m_nodes.emplace(name, m_graph.nodes.size() - 1);
-        std::string const place = "node " + quoted(name);
+        std::string const place = "node " + inQuotes(name);
         if (name.empty() || name.find('.') != name.npos)
             fault(place, "a node's name is not empty and has no dots");
         if (!json.is(Kind::object)) {
@@ -144,7 +138,7 @@ private:
         node.type = m_catalogue.find(type->text);
         if (node.type == nullptr) {
             fault(place,
-                  "unknown node type " + quoted(type->text) +
+                  "unknown node type " + inQuotes(type->text) +
                       (++m_searches <= kMostSearches ? m_catalogue.suggestion(type->text) : ""));
             return;
         }
@@ -153,7 +147,7 @@ private:
 
     void readInputs(GraphNode& node, JsonValue const& inputs)
     {
-        std::string const place = "node " + quoted(node.name);
+        std::string const place = "node " + inQuotes(node.name);
         if (!inputs.is(Kind::object)) {
             fault(place,
                   "'inputs' wants an object with a value for each input, not " + inputs.describe());
@@ -163,14 +157,14 @@ private:
             Port const* const port = node.type->findInput(inputs.keys[i]);
             if (port != nullptr) {
                 readInput(node, inputs.items[i], *port->type, port->offset,
-                          place + ", input " + quoted(port->name));
+                          place + ", input " + inQuotes(port->name));
                 continue;
             }
             std::vector<std::string_view> names;
             for (Port const& known : node.type->inputs)
                 names.push_back(known.name);
-            fault(place, node.type->name + " has no input " + quoted(inputs.keys[i]) + "; it has " +
-                             alternatives(names));
+            fault(place, node.type->name + " has no input " + inQuotes(inputs.keys[i]) +
+                             "; it has " + alternatives(names));
         }
     }
 
@@ -207,7 +201,7 @@ private:
             auto const known = partsOfTqs();
             auto const part = std::ranges::find(known, json.keys[i], &Part::name);
             if (part == known.end())
-                fault(place, "a TQS has no part " + quoted(json.keys[i]) +
+                fault(place, "a TQS has no part " + inQuotes(json.keys[i]) +
                                  "; it has t, q and s; or " + std::string(kSourceShape));
             else
                 readInput(node, json.items[i], valueType(part->type), offset + part->offset,
@@ -250,13 +244,13 @@ private:
             return;
         }
         if (!item.is(Kind::text)) {
-            fault(place, quoted(key) + " wants a text, not " + item.describe());
+            fault(place, inQuotes(key) + " wants a text, not " + item.describe());
             return;
         }
         if (key == "from") {
             if (auto const found = findOutput(item.text, place)) {
                 if (found->type->id != wanted.id)
-                    fault(place, "wants " + named(wanted) + ", " + quoted(found->name) + " is " +
+                    fault(place, "wants " + named(wanted) + ", " + inQuotes(found->name) + " is " +
                                      named(*found->type));
                 else
                     feed({Source::Kind::node, found->node, found->offset});
@@ -285,11 +279,11 @@ private:
                 m_graph.columns.push_back(name);
             feed({Source::Kind::column, column->second});
         } else if (m_surroundings.tablePath.empty()) {
-            fault(place, "column " + quoted(name) + " needs a table: give one with --data");
+            fault(place, "column " + inQuotes(name) + " needs a table: give one with --data");
         } else if (m_surroundings.columns != nullptr) {
             auto const found = m_columns.find(name);
             if (found == m_columns.end())
-                fault(place, m_surroundings.tablePath + " has no column " + quoted(name) +
+                fault(place, m_surroundings.tablePath + " has no column " + inQuotes(name) +
                                  nearest(name, *m_surroundings.columns,
                                          {m_surroundings.columns->begin(),
                                           m_surroundings.columns->end()}));
@@ -304,7 +298,7 @@ private:
         Path const path(text);
         auto const found = m_nodes.find(path.node);
         if (found == m_nodes.end()) {
-            fault(place, "there is no node " + quoted(path.node) + nearestNode(path.node));
+            fault(place, "there is no node " + inQuotes(path.node) + nearestNode(path.node));
             return std::nullopt;
         }
         NodeType const* const type = m_graph.nodes[found->second].type;
@@ -315,21 +309,21 @@ private:
             names.push_back(known.name);
         bool const nodeAlone = text.find('.') == text.npos;
         if (nodeAlone && names.size() != 1) {
-            fault(place, quoted(path.node) +
+            fault(place, inQuotes(path.node) +
                              " has more than one output; say which: " + alternatives(names));
             return std::nullopt;
         }
         Port const* const port = nodeAlone ? &type->outputs.front() : type->findOutput(path.port);
         if (port == nullptr) {
-            fault(place, quoted(path.node) + " (" + type->name + ") has no output " +
-                             quoted(path.port) + "; it has " + alternatives(names));
+            fault(place, inQuotes(path.node) + " (" + type->name + ") has no output " +
+                             inQuotes(path.port) + "; it has " + alternatives(names));
             return std::nullopt;
         }
         std::string const portName = std::string(path.node) + "." + port->name;
         auto const piece = findPiece(*port->type, path.piece);
         if (!piece || text.ends_with('.')) {
-            fault(place, quoted(portName) + " is " + named(*port->type) + " and has no " +
-                             quoted(path.piece) +
+            fault(place, inQuotes(portName) + " is " + named(*port->type) + " and has no " +
+                             inQuotes(path.piece) +
                              (port->type->isScalar()
                                   ? "; it has no lanes"
                                   : "; it has " + alternatives({port->type->laneNames.begin(),
@@ -372,7 +366,7 @@ private:
         for (std::string_view const lane : output.type->laneNames) {
             std::string const column = output.name + (lane.empty() ? "" : ".") + std::string(lane);
             if (!m_listed.insert(column).second) {
-                fault(place, quoted(column) + " is listed twice");
+                fault(place, inQuotes(column) + " is listed twice");
                 return;
             }
         }

@@ -15,6 +15,7 @@ namespace {
 
 // Graphs need six; what follows the reader may recurse this deep without a thought.
 constexpr std::size_t kDeepest = 64;
+constexpr std::size_t kLongestMessage = 400;
 constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 
 using Json = nlohmann::json;
@@ -67,8 +68,8 @@ public:
         std::unordered_set<std::string_view> seen, told;
         for (std::string_view const key : m_open.back()->keys)
             if (!seen.insert(key).second && told.insert(key).second)
-                m_diagnostics.add(m_origin + ": " + place() + " has two members named '" +
-                                  std::string(key) + "'");
+                m_diagnostics.add(m_origin + ": " + place() + " has two members named " +
+                                  inQuotes(key));
         m_open.pop_back();
         return true;
     }
@@ -88,10 +89,11 @@ public:
             what.remove_prefix(tag + 2);
         if (what.starts_with("parse error at "))
             what.remove_prefix(std::string_view("parse error at ").size());
+        (void)last;
+        // It quotes what was read last, of whatever length.
         if (what.find("ill-formed UTF-8") != what.npos)
             what = what.substr(0, what.find("; last read"));
-        (void)last;
-        m_diagnostics.add(m_origin + ": " + std::string(what));
+        m_diagnostics.add(m_origin + ": " + shortened(what, kLongestMessage));
         return false;
     }
 
@@ -134,7 +136,7 @@ private:
         std::string path;
         for (std::size_t i = 0; i + 1 < m_open.size(); ++i)
             if (m_open[i]->is(JsonValue::Kind::object))
-                path += (path.empty() ? "" : ".") + m_open[i]->keys.back();
+                path += (path.empty() ? "" : ".") + shortened(m_open[i]->keys.back(), 80);
         return path.empty() ? "the outermost object" : "'" + path + "'";
     }
 

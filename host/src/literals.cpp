@@ -17,11 +17,6 @@ using Kind = JsonValue::Kind;
 
 template <typename T> void store(std::byte* to, T value) { std::memcpy(to, &value, sizeof value); }
 
-std::string inQuotes(std::string_view text)
-{
-    return "'" + std::string(text.substr(0, 40)) + (text.size() > 40 ? "...'" : "'");
-}
-
 template <typename T> std::string outside(std::string_view text, ValueType const& type)
 {
     return inQuotes(text) + " is outside " + std::string(type.name) + " (" +
@@ -168,7 +163,8 @@ std::string readValue(JsonValue const& literal, Value& value)
     for (std::size_t i = 0; i < literal.items.size(); ++i) {
         auto const piece = findPiece(type, literal.keys[i]);
         if (!piece || piece->type->isScalar())
-            return "has no part '" + literal.keys[i] + "'; the parts of a TQS are t, q and s";
+            return "has no part " + inQuotes(literal.keys[i]) +
+                   "; the parts of a TQS are t, q and s";
         std::string const fault =
             readLanes(literal.items[i], *piece->type, value.bytes.data() + piece->offset);
         if (!fault.empty())
@@ -228,7 +224,7 @@ JsonValue literalFromArgument(std::string_view argument, ValueType const& type)
     }
     if (argument.starts_with('[') || argument.starts_with('{') || argument.starts_with('"')) {
         Diagnostics diagnostics;
-        auto parsed = parseJson(argument, "'" + std::string(argument) + "'", diagnostics);
+        auto parsed = parseJson(argument, inQuotes(argument), diagnostics);
         diagnostics.throwIfAny();
         return std::move(*parsed);
     }

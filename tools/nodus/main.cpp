@@ -16,10 +16,13 @@ namespace {
 
 constexpr int kWorkFailed = 1;
 constexpr int kWrongInput = 2;
+// Room for the longest path that the system takes, and some words.
+constexpr std::size_t kLongestLine = 5000;
 
 void complain(std::string const& line)
 {
-    std::string const text = "nodus: " + nodus::host::printable(line) + "\n";
+    std::string const text =
+        "nodus: " + nodus::host::printable(nodus::host::shortened(line, kLongestLine)) + "\n";
     [[maybe_unused]] ssize_t const written = ::write(STDERR_FILENO, text.data(), text.size());
 }
 

@@ -40,8 +40,14 @@ private:
 // What went wrong in a system call, in words: "No space left on device".
 std::string systemError(int number);
 
-// The text on one line of readable characters: control characters become '?'.
+// The text on one line of readable characters: control characters and what is no UTF-8 become '?'.
 std::string printable(std::string_view text);
+
+// The text as it is, or its beginning and its end when it has more characters.
+std::string shortened(std::string_view text, std::size_t most);
+
+// Input in a message: in quotes, the beginning of a long one.
+std::string inQuotes(std::string_view text);
 
 // "a, b or c"; nothing for an empty list. At most eight are named.
 std::string alternatives(std::vector<std::string_view> const& names);
