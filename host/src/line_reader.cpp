@@ -74,6 +74,8 @@ bool LineReader::refill()
     m_bytesRead += static_cast<std::uint64_t>(got);
     m_end += static_cast<std::size_t>(got);
     m_atEnd = got == 0;
+    if (m_atEnd && m_bytesRead < m_fileSize)
+        throw Fault(m_path + ": became shorter while it was read");
     m_hasQuotes =
         m_ends == LineEnds::outsideQuotes && std::memchr(m_buffer.get(), '"', m_end) != nullptr;
     return !m_atEnd;

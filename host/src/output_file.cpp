@@ -188,14 +188,20 @@ void OutputFile::commit()
         fail(errno);
 }
 
-// A file without a name gets a temporary one first: a link cannot replace what is there.
+// A file without a name gets its own at once, or where a file is to be replaced a temporary one
+// first: a link cannot replace what is there.
 void OutputFile::rename()
 {
+    std::string const self = "/proc/self/fd/" + std::to_string(m_descriptor);
+    auto const link = [&](std::string const& name) {
+        return ::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    };
+    if (m_temporary.empty() && link(m_target))
+        return;
     for (int attempt = 0; m_temporary.empty() && attempt < 100; ++attempt) {
         std::string const name = temporaryName(m_target, attempt);
-        std::string const self = "/proc/self/fd/" + std::to_string(m_descriptor);
         registerTemporary(name);
-        if (::linkat(AT_FDCWD, self.c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+        if (link(name)) {
             m_temporary = name;
             break;
         }

@@ -26,6 +26,7 @@ struct Finished {
 struct ProcessOptions {
     int standardOutput = -1;               // a descriptor to use instead of collecting it
     std::function<void()> beforeExec{};    // in the child: limits, closed streams
+    std::function<void(pid_t)> onStart{};  // in the parent, once the child is there
     std::function<void(pid_t)> onError{};  // in the parent, when the first error text has come
 };
 
@@ -50,6 +51,8 @@ inline Finished runProcess(std::vector<std::string> const& arguments,
     }
     ::close(out[1]);
     ::close(error[1]);
+    if (options.onStart)
+        options.onStart(child);
 
     Finished finished;
     bool isTold = false;

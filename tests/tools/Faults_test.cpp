@@ -1,0 +1,263 @@
+// What may happen to the command from outside, and what it may be given: nothing crashes, nothing
+// half-written is taken for a result, memory is bounded, and each message is one clear line.
+#include "support/process.h"
+#include "support/temporary_folder.h"
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include <chrono>
+#include <random>
+#include <thread>
+
+using support::Finished;
+using support::ProcessOptions;
+using support::TemporaryFolder;
+
+namespace {
+
+constexpr char kColumns[] = R"({"nodes": {
+    "v": {"type": "Add_Float3", "inputs": {"a": [{"column": "x"}, {"column": "y"}, 1]}}},
+    "outputs": ["v"]})";
+constexpr char kFrames[] = R"({"nodes": {
+    "v": {"type": "Mul_Int32", "inputs": {"a": {"frame": true}, "b": {"frame": true}}}},
+    "outputs": ["v"]})";
+
+#ifdef NODUS_TEST_SANITIZED
+constexpr int kScale = 20;  // the sanitizers take time, and memory that is not the command's
+#else
+constexpr int kScale = 1;
+#endif
+constexpr int kHuge = 10000000;
+
+Finished nodus(std::vector<std::string> arguments, ProcessOptions const& options = {})
+{
+    arguments.insert(arguments.begin(), NODUS_TEST_COMMAND);
+    return support::runProcess(arguments, options);
+}
+
+std::string repeated(std::string const& text, int count)
+{
+    std::string all;
+    for (int i = 0; i < count; ++i)
+        all += text;
+    return all;
+}
+
+// Nodes that each take from the one before; the last is the output.
+std::string chainOf(int nodes, std::string const& first = "1")
+{
+    std::string text = R"({"nodes": {"n0": {"type": "Add_Float", "inputs": {"a": )" + first + "}}";
+    for (int i = 1; i < nodes; ++i)
+        text += ", \"n" + std::to_string(i) +
+                R"(": {"type": "Add_Float", "inputs": {"b": 1, "a": )" + R"({"from": "n)" +
+                std::to_string(i - 1) + "\"}}}";
+    return text + "}, \"outputs\": [\"n" + std::to_string(nodes - 1) + "\"]}";
+}
+
+std::string graphWith(std::string const& input)
+{
+    return R"({"nodes": {"v": {"type": "Add_Float", "inputs": {"a": )" + input +
+           R"(}}}, "outputs": ["v"]})";
+}
+
+void expectBounded(Finished const& run, long megabytes)
+{
+    if (kScale == 1) {
+        EXPECT_LT(run.peakKilobytes, megabytes * 1024);
+    }
+}
+
+void expectClearLines(std::string const& error)
+{
+    EXPECT_TRUE(error.starts_with("nodus: ") && error.ends_with('\n')) << error.substr(0, 300);
+    EXPECT_LT(error.size(), 1000u);
+    for (char const c : error)
+        EXPECT_TRUE(c == '\n' || (c >= ' ' && c < 0x7F)) << static_cast<int>(c);
+}
+
+}  // namespace
+
+TEST(Faults, InputsOfEveryKindAreResultsOrOneClearLine)
+{
+    TemporaryFolder const folder;
+    std::string const good = folder.write("good.json", kColumns);
+    constexpr int kMany = 100000 / kScale;
+    // Texts are made one by one: a child's peak of memory begins with that of its parent.
+    struct Row {
+        char const* why;
+        std::string (*text)();  // a table when it begins with x, else a graph
+        char const* told;       // in the message; empty for a result
+        long megabytes = 64;
+    } const rows[] = {
+        {"many nodes", [] { return chainOf(kMany); }, "", 256},
+        {"an array of a million", [] { return graphWith("[" + repeated("1,", 1000000) + "1]"); },
+         "not an array of 1000001", 512},
+        {"a circle of many nodes",
+         [] { return chainOf(kMany, "{\"from\": \"n" + std::to_string(kMany - 1) + "\"}"); },
+         "nodes in a circle: 'n0' -> 'n1'", 256},
+        {"deep nesting", [] { return repeated("[", 100000); }, "nested deeper than 64"},
+        {"a huge number", [] { return graphWith(repeated("9", 1000000)); }, "number overflow"},
+        {"digits without end", [] { return graphWith("0." + repeated("3", 1000000)); }, ""},
+        {"a huge word", [] { return graphWith(repeated("x", kHuge)); }, "line 1, column", 128},
+        {"a huge text", [] { return graphWith("\"" + repeated("x", kHuge) + "\""); },
+         "not the text", 128},
+        {"a huge name",
+         [] { return R"({"nodes": {")" + repeated("n", kHuge) + R"(": {"type": "Add"}}})"; },
+         "unknown node type", 128},
+        {"invalid UTF-8", [] { return graphWith("\"\xC3\x28\xFF\""); }, "ill-formed UTF-8"},
+
+        {"many rows", [] { return "x,y\n" + repeated("1.5,-2\n", 10 * kMany); }, ""},
+        {"a huge field", [] { return "x,y\n1," + repeated("9", kHuge) + "x\n"; }, "is not a number",
+         96},
+        {"a row without end", [] { return "x,y\n1," + repeated("1", 7 * kHuge); },
+         "the row is too long", 256},
+        {"a quote without end", [] { return "x,y\n1,\"" + repeated("2\n", 1000); }, "does not end"},
+        {"many columns", [] { return "x,y" + repeated(",z", 100000) + "\n"; },
+         "have the same name 'z'", 128},
+        {"a header in no UTF-8", [] { return std::string("x\xFF,y\n1,2\n"); }, "no column 'x'"},
+        {"a NUL", [] { return std::string("x,y\n1,2\0 \n", 10); }, "is not a number"},
+        {"cut off within a row", [] { return std::string("x,y\n1,2\n3"); },
+         "t.csv:3: 1 field, the header has 2"},
+        {"no end of the last line", [] { return std::string("x,y\n1,2\n3,4"); }, ""},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.why);
+        std::vector<std::string> arguments = {"eval", good, "--out", folder / "out.csv"};
+        if (std::string const text = row.text(); text.starts_with('x'))
+            arguments.insert(arguments.end(), {"--data", folder.write("t.csv", text)});
+        else
+            arguments[1] = folder.write("g.json", text);
+        Finished const run = nodus(arguments);
+        EXPECT_EQ(run.signal, 0);
+        bool const isResult = *row.told == '\0';
+        EXPECT_EQ(run.exitStatus, isResult ? 0 : 2);
+        EXPECT_NE(run.error.find(row.told), std::string::npos) << run.error.substr(0, 1000);
+        if (!isResult)
+            expectClearLines(run.error.substr(0, run.error.find('\n') + 1));
+        // A result is there when the status says so, and then alone.
+        EXPECT_EQ(folder.names().contains("out.csv"), isResult);
+        std::remove((folder / "out.csv").c_str());
+        expectBounded(run, row.megabytes);
+    }
+}
+
+TEST(Faults, KilledAtAnyMomentItLeavesAWholeFileOrNone)
+{
+    TemporaryFolder const folder;
+    std::string const graph = folder.write("g.json", kFrames);
+    std::vector<std::string> const eval = {"eval",     graph,   "--frames",
+                                           "0:200000", "--out", folder / "r.csv"};
+    auto const start = std::chrono::steady_clock::now();
+    ASSERT_EQ(nodus(eval).exitStatus, 0);
+    auto const whole = std::chrono::steady_clock::now() - start;
+    std::string const result = folder.read("r.csv");
+    std::mt19937 random(20261123);
+    for (int i = 0; i < 40; ++i) {
+        int const signal = i % 2 == 0 ? SIGTERM : SIGKILL;
+        bool const wasThere = i % 4 < 2;
+        std::remove((folder / "r.csv").c_str());
+        if (wasThere)
+            folder.write("r.csv", "as it was");
+        auto const moment = whole * (random() % 1100) / 1000;
+        Finished const run = nodus(eval, {.onStart = [&](pid_t child) {
+                                       std::this_thread::sleep_for(moment);
+                                       ::kill(child, signal);
+                                   }});
+        SCOPED_TRACE("signal " + std::to_string(signal) + ", try " + std::to_string(i));
+        std::string const left = folder.read("r.csv");
+        if (run.exitStatus == 0) {
+            EXPECT_EQ(left, result);
+        } else {
+            EXPECT_EQ(run.signal, signal);
+            // A kill right behind the moment at which the file appears finds it whole.
+            EXPECT_TRUE(left == result || left == (wasThere ? "as it was" : "")) << left.size();
+        }
+        for (std::string const& name : folder.names())
+            if (name.starts_with('.')) {
+                // Only a kill in the very moment in which a file takes another's place leaves the
+                // new one, whole, under its hidden name.
+                EXPECT_TRUE(signal == SIGKILL && wasThere) << name;
+                EXPECT_EQ(folder.read(name), result);
+                std::remove((folder / name).c_str());
+            }
+    }
+}
+
+TEST(Faults, ATableThatIsTakenAwayWhileItIsRead)
+{
+    TemporaryFolder const folder;
+    std::string const graph = folder.write("g.json", kColumns);
+    std::string const whole = "x,y\n" + repeated("1.5,-2\n", 1000000);
+    struct Row {
+        char const* why;
+        std::function<void(std::string const&)> takeAway;
+        int exitStatus;
+        char const* told;
+    } const rows[] = {
+        // Who has a file open keeps it.
+        {"removed", [](std::string const& path) { std::remove(path.c_str()); }, 0, ""},
+        {"made shorter",
+         [](std::string const& path) { EXPECT_EQ(::truncate(path.c_str(), 11), 0); }, 2,
+         "t.csv: became shorter while it was read"},
+    };
+    for (Row const& row : rows) {
+        SCOPED_TRACE(row.why);
+        std::string const data = folder.write("t.csv", whole);
+        int ends[2];
+        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+        std::size_t size = 0;
+        std::thread reader;
+        auto const onStart = [&](pid_t) {
+            ::close(ends[1]);
+            // The first results: it reads, and cannot come to an end before it is read from.
+            char first;
+            EXPECT_EQ(::read(ends[0], &first, 1), 1);
+            row.takeAway(data);
+            reader = std::thread([&] {
+                std::vector<char> buffer(1 << 16);
+                while (ssize_t const got = ::read(ends[0], buffer.data(), buffer.size()))
+                    size += static_cast<std::size_t>(got);
+            });
+        };
+        Finished const run =
+            nodus({"eval", graph, "--data", data}, {.standardOutput = ends[1], .onStart = onStart});
+        reader.join();
+        ::close(ends[0]);
+        EXPECT_EQ(run.exitStatus, row.exitStatus);
+        EXPECT_NE(run.error.find(row.told), std::string::npos) << run.error;
+        if (row.exitStatus == 0) {
+            EXPECT_GT(size, whole.size());
+        } else {
+            expectClearLines(run.error);
+        }
+    }
+}
+
+TEST(Faults, AFullDiskLeavesNothing)
+{
+    TemporaryFolder const folder;
+    std::string const graph = folder.write("g.json", kFrames);
+    std::string const disk = folder / "disk";
+    ASSERT_EQ(::mkdir(disk.c_str(), 0700), 0);
+    constexpr int kNotAllowed = 77;
+    Finished const run = support::runProcess(
+        {"/bin/sh", "-c",
+         R"(echo old > "$1/r.csv"; "$0" eval "$2" --frames 0:200000 --out "$1/r.csv"; s=$?
+            ls -A "$1"; cat "$1/r.csv"; exit $s)",
+         NODUS_TEST_COMMAND, disk, graph},
+        {.beforeExec = [&] {
+            // A disk of its own, which nobody else sees.
+            int const spaces = CLONE_NEWNS | (::geteuid() == 0 ? 0 : CLONE_NEWUSER);
+            if (::unshare(spaces) != 0 ||
+                ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+                ::mount("none", disk.c_str(), "tmpfs", 0, "size=256k") != 0)
+                ::_exit(kNotAllowed);
+        }});
+    if (run.exitStatus == kNotAllowed)
+        GTEST_SKIP() << "this machine allows no file system of one's own";
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_EQ(run.error, "nodus: cannot write " + disk + "/r.csv: No space left on device\n");
+    EXPECT_EQ(run.out, "r.csv\nold\n");
+}
