@@ -40,17 +40,17 @@ Port const* findPort(std::vector<Port> const& ports, std::string_view name)
 // Reads the families of one module's catalogue into the whole.
 class CatalogueReader {
 public:
-    CatalogueReader(Catalogue& catalogue, Module const& module, Diagnostics& diagnostics)
-        : m_catalogue(catalogue), m_module(module), m_path(module.cataloguePath()),
+    CatalogueReader(Catalogue& catalogue, Module const& module, std::string origin,
+                    Diagnostics& diagnostics)
+        : m_catalogue(catalogue), m_module(module), m_path(std::move(origin)),
           m_diagnostics(diagnostics)
     {
         for (Kernel const& kernel : module.kernels())
             m_kernels.emplace(kernel.name, &kernel);
     }
 
-    void read()
+    void read(std::optional<JsonValue> const& root)
     {
-        auto const root = readJsonFile(m_path, m_diagnostics);
         if (!root)
             return;
         JsonValue const* const families = root->member("families");
@@ -77,6 +77,8 @@ private:
         family.doc = textMember(json, "doc");
         family.edges = textMember(json, "edges");
         family.dependsOn = textList(json, "dependsOn");
+        if (JsonValue const* const mayKeep = json.member("mayKeepOutputs"))
+            family.mayKeepOutputs = mayKeep->boolean;
         if (family.name.empty()) {
             fault("family " + std::to_string(m_catalogue.m_families.size()) + " wants a 'name'");
             return;
@@ -93,6 +95,7 @@ private:
     void readNodeType(JsonValue const& json, Family& family, std::string name,
                       std::string const& suffix)
     {
+        std::size_t const faultsBefore = m_diagnostics.lines().size();
         NodeType& type = m_catalogue.m_nodeTypes.emplace_back();
         type.name = std::move(name);
         type.suffix = suffix;
@@ -107,6 +110,11 @@ private:
             family.nodeTypes.push_back(&type);
         else
             fault("'" + type.name + "' is described twice");
+        if (m_diagnostics.lines().size() != faultsBefore) {
+            type.solve = nullptr;
+            type.solveWithWorkspace = nullptr;
+            type.init = nullptr;
+        }
     }
 
     std::size_t readPorts(JsonValue const& json, std::string_view key, NodeType const& type,
@@ -213,8 +221,25 @@ Catalogue::Catalogue(std::span<Module const* const> modules)
 {
     Diagnostics diagnostics;
     for (Module const* const module : modules)
-        CatalogueReader(*this, *module, diagnostics).read();
+        readCatalogue(*module, diagnostics);
     diagnostics.throwIfAny();
+}
+
+Catalogue::Catalogue(Module const& module, Diagnostics& diagnostics)
+{
+    readCatalogue(module, diagnostics);
+}
+
+Catalogue::Catalogue(Module const& module, std::string_view text, std::string const& origin,
+                     Diagnostics& diagnostics)
+{
+    CatalogueReader(*this, module, origin, diagnostics).read(parseJson(text, origin, diagnostics));
+}
+
+void Catalogue::readCatalogue(Module const& module, Diagnostics& diagnostics)
+{
+    std::string const path = module.cataloguePath();
+    CatalogueReader(*this, module, path, diagnostics).read(readJsonFile(path, diagnostics));
 }
 
 std::string_view withoutKernelAffixes(std::string_view name)

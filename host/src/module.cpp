@@ -83,6 +83,11 @@ Module::~Module()
         callHook(m_library.get(), m_name + "_unloadModule");
 }
 
+void const* Module::symbol(std::string const& name) const
+{
+    return ::dlsym(m_library.get(), name.c_str());
+}
+
 std::string Module::cataloguePath() const
 {
     return (fs::path(m_path).parent_path() / (m_name + ".json")).string();

@@ -23,6 +23,7 @@ struct Command {
 };
 
 Command addCall(CLI::App& app, Shared const& shared);
+Command addCheck(CLI::App& app, Shared const& shared);
 Command addDescribe(CLI::App& app, Shared const& shared);
 Command addDigest(CLI::App& app, Shared const& shared);
 Command addEval(CLI::App& app, Shared const& shared);

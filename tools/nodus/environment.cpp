@@ -31,14 +31,17 @@ std::string moduleBesideCommand()
 
 }  // namespace
 
+std::vector<std::string> modulePaths(Shared const& shared)
+{
+    return !shared.modules.empty() ? shared.modules
+                                   : std::vector<std::string>{moduleBesideCommand()};
+}
+
 Environment::Environment(Shared const& shared)
 {
     host::Diagnostics diagnostics;
-    std::vector<std::string> paths = shared.modules;
-    if (paths.empty())
-        paths.push_back(moduleBesideCommand());
     std::vector<host::Module const*> loaded;
-    for (std::string const& path : paths) {
+    for (std::string const& path : modulePaths(shared)) {
         try {
             loaded.push_back(m_modules.emplace_back(std::make_unique<host::Module>(path)).get());
         } catch (host::Fault const& fault) {

@@ -26,6 +26,9 @@ private:
     std::optional<host::Catalogue> m_catalogue;
 };
 
+// The modules that were asked for, or the one beside the command. Throws host::Fault.
+std::vector<std::string> modulePaths(Shared const& shared);
+
 // Writes to standard output; throws host::Fault when nobody can take it.
 void print(std::string_view text);
 

@@ -81,7 +81,8 @@ int run(int argc, char** argv)
         nodus::tools::addEval(app, shared),     nodus::tools::addMerge(app),
         nodus::tools::addShow(app, shared),     nodus::tools::addList(app, shared),
         nodus::tools::addDescribe(app, shared), nodus::tools::addCall(app, shared),
-        nodus::tools::addDigest(app, shared),   nodus::tools::addManual(app, shared),
+        nodus::tools::addCheck(app, shared),    nodus::tools::addDigest(app, shared),
+        nodus::tools::addManual(app, shared),
     };
     for (auto const& command : commands)
         command.app->fallthrough()->set_help_flag("-h,--help", "Print this help and leave");

@@ -260,7 +260,9 @@ mean the same.
 The work is done.
 .TP
 .B 1
-The work failed: a file could not be written, say.
+The work failed; or
+.B nodus check
+found a fault in a module.
 .TP
 .B 2
 The command line, a graph, a table or a module is wrong; one line on standard error for each fault.

@@ -2,6 +2,7 @@
 // the modules and held against the kernels that the modules register.
 #pragma once
 
+#include "nodus/host/diagnostics.h"
 #include "nodus/host/module.h"
 #include "nodus/host/value_types.h"
 
@@ -35,6 +36,7 @@ struct NodeType;
 struct Family {
     std::string name, group, doc, edges;
     std::vector<std::string> dependsOn;
+    bool mayKeepOutputs = false;             // a call may leave output ports as they were
     std::vector<NodeType const*> nodeTypes;  // in the catalogue's order
 };
 
@@ -51,6 +53,8 @@ struct NodeType {
     SolveWithWorkspace solveWithWorkspace;  // null without one
     InitWorkspace init;                     // null without one
 
+    bool isCallable() const { return solve != nullptr || solveWithWorkspace != nullptr; }
+
     Port const* findInput(std::string_view port) const;
     Port const* findOutput(std::string_view port) const;
 };
@@ -61,6 +65,12 @@ public:
     // Reads the catalogue of each module. Throws Fault with a line for every fault: a file that is
     // missing or does not follow its shape, a node type without kernel, a kernel without node type.
     explicit Catalogue(std::span<Module const* const> modules);
+    // The same of one module, and the faults are collected: what is known of a node type with a
+    // fault may be wrong, and it has no entry points.
+    Catalogue(Module const& module, Diagnostics& diagnostics);
+    // With a text for the module's catalogue; origin stands for the file in messages.
+    Catalogue(Module const& module, std::string_view text, std::string const& origin,
+              Diagnostics& diagnostics);
     Catalogue(Catalogue const&) = delete;
     Catalogue& operator=(Catalogue const&) = delete;
 
@@ -76,6 +86,8 @@ public:
 
 private:
     friend class CatalogueReader;
+    void readCatalogue(Module const& module, Diagnostics& diagnostics);
+
     std::deque<Family> m_families;  // deques: what points into them holds
     std::deque<NodeType> m_nodeTypes;
     std::unordered_map<std::string_view, NodeType const*> m_byName;

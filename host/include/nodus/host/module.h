@@ -37,6 +37,8 @@ public:
     // The catalogue of the module: NAME.json beside it.
     std::string cataloguePath() const;
     std::vector<Kernel> const& kernels() const { return m_kernels; }
+    // What the loader finds under that name, or null.
+    void const* symbol(std::string const& name) const;
 
 private:
     std::string m_path, m_name;
