@@ -112,7 +112,7 @@ TEST(Faults, InputsOfEveryKindAreResultsOrOneClearLine)
         {"a huge field", [] { return "x,y\n1," + repeated("9", kHuge) + "x\n"; }, "is not a number",
          96},
         {"a row without end", [] { return "x,y\n1," + repeated("1", 7 * kHuge); },
-         "the row is too long", 256},
+         "the line is too long", 256},
         {"a quote without end", [] { return "x,y\n1,\"" + repeated("2\n", 1000); }, "does not end"},
         {"many columns", [] { return "x,y" + repeated(",z", 100000) + "\n"; },
          "have the same name 'z'", 128},
