@@ -16,7 +16,7 @@ namespace nodus::tools {
 
 namespace {
 
-struct Options {
+struct CallOptions {
     std::string type;
     std::vector<std::string> values;
     std::int32_t frame = 0;
@@ -46,7 +46,7 @@ void setInput(host::GraphNode& node, std::string const& argument)
         host::setText(node, port->offset, value.text);
 }
 
-int call(Options const& options, Shared const& shared)
+int call(CallOptions const& options, Shared const& shared)
 {
     Environment const environment(shared);
     host::NodeType const* const type = environment.catalogue().find(options.type);
@@ -96,7 +96,7 @@ int call(Options const& options, Shared const& shared)
 Command addCall(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("call", "Evaluate one node once");
-    auto const options = std::make_shared<Options>();
+    auto const options = std::make_shared<CallOptions>();
     command->add_option("TYPE", options->type, "A node type or a kernel")->required();
     command->add_option("VALUES", options->values,
                         "Inputs as PORT=VALUE: a number, true, a text, 1,2,3 or JSON");

@@ -17,7 +17,7 @@ namespace {
 using host::CheckFault;
 using host::CheckReport;
 
-struct Options {
+struct CheckOptions {
     std::string module;
     double seconds = 0;
     bool isJson = false;
@@ -73,7 +73,7 @@ std::string forMachines(std::string const& path, CheckReport const& report, doub
                        report.inputs, report.calls, seconds, checks, faults);
 }
 
-int check(Options const& options, Shared const& shared)
+int check(CheckOptions const& options, Shared const& shared)
 {
     std::vector<std::string> paths = modulePaths(shared);
     if (!options.module.empty())
@@ -98,7 +98,7 @@ int check(Options const& options, Shared const& shared)
 Command addCheck(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("check", "Try every kernel of a module");
-    auto const options = std::make_shared<Options>();
+    auto const options = std::make_shared<CheckOptions>();
     command->add_option("MODULE", options->module,
                         "The module's file, its catalogue beside it. Without it: as for --module");
     command

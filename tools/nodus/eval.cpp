@@ -18,7 +18,7 @@ namespace nodus::tools {
 
 namespace {
 
-struct Options {
+struct EvalOptions {
     std::string graph, frames, shard, data, out, log;
     std::string image, size, map;
     int threads = 0;
@@ -33,13 +33,13 @@ template <typename Work> void gather(host::Diagnostics& diagnostics, Work work)
     }
 }
 
-std::size_t threadsOf(Options const& options)
+std::size_t threadsOf(EvalOptions const& options)
 {
     return options.threads > 0 ? static_cast<std::size_t>(options.threads)
                                : std::max(1u, std::thread::hardware_concurrency());
 }
 
-int evaluateImage(Options const& options, Shared const& shared)
+int evaluateImage(EvalOptions const& options, Shared const& shared)
 {
     Environment const environment(shared);
     host::Diagnostics diagnostics;
@@ -71,7 +71,7 @@ int evaluateImage(Options const& options, Shared const& shared)
     return 0;
 }
 
-int evaluate(Options const& options, Shared const& shared)
+int evaluate(EvalOptions const& options, Shared const& shared)
 {
     if (!options.image.empty())
         return evaluateImage(options, shared);
@@ -141,7 +141,7 @@ int evaluate(Options const& options, Shared const& shared)
 Command addEval(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("eval", "Evaluate a graph over frames");
-    auto const options = std::make_shared<Options>();
+    auto const options = std::make_shared<EvalOptions>();
     command->add_option("GRAPH", options->graph, "The graph file, JSON")->required();
     command
         ->add_option("--frames", options->frames,

@@ -10,12 +10,12 @@ namespace nodus::tools {
 
 namespace {
 
-struct Options {
+struct MergeOptions {
     std::vector<std::string> parts;
     std::string out, frames, data;
 };
 
-std::optional<host::FrameRange> framesOf(Options const& options, host::PartFormat format)
+std::optional<host::FrameRange> framesOf(MergeOptions const& options, host::PartFormat format)
 {
     if (!options.frames.empty())
         return host::parseFrames(options.frames);
@@ -27,7 +27,7 @@ std::optional<host::FrameRange> framesOf(Options const& options, host::PartForma
                       "--data as to nodus eval");
 }
 
-int merge(Options const& options)
+int merge(MergeOptions const& options)
 {
     host::MergeOptions merge;
     merge.parts = options.parts;
@@ -57,7 +57,7 @@ Command addMerge(CLI::App& app)
 {
     CLI::App* const command =
         app.add_subcommand("merge", "Join the results of shards to the very bytes of a single run");
-    auto const options = std::make_shared<Options>();
+    auto const options = std::make_shared<MergeOptions>();
     command
         ->add_option(
             "FILE", options->parts,

@@ -21,7 +21,7 @@ namespace nodus::tools {
 
 namespace {
 
-struct Options {
+struct ShowOptions {
     std::string graph, out;
 };
 
@@ -114,7 +114,7 @@ std::string formatOf(std::string const& path)
     throw host::Fault(path + ": pictures are written as .svg, .png, .pdf or .dot");
 }
 
-int show(Options const& options, Shared const& shared)
+int show(ShowOptions const& options, Shared const& shared)
 {
     Environment const environment(shared);
     host::Diagnostics diagnostics;
@@ -152,7 +152,7 @@ Command addShow(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command =
         app.add_subcommand("show", "Draw a graph as a picture; needs the program dot of Graphviz");
-    auto const options = std::make_shared<Options>();
+    auto const options = std::make_shared<ShowOptions>();
     command->add_option("GRAPH", options->graph, "The graph file, JSON")->required();
     command
         ->add_option(
