@@ -119,9 +119,9 @@ std::string defaultCell(FamilyPort const& port)
         else
             known->second += ", " + node->suffix;
     }
-    std::string cell = escaped(texts.front().first);
+    std::string cell = markupText(texts.front().first);
     for (std::size_t i = 1; i < texts.size(); ++i)
-        cell += fmt::format("; {} for {}", escaped(texts[i].first), texts[i].second);
+        cell += fmt::format("; {} for {}", markupText(texts[i].first), texts[i].second);
     return cell;
 }
 
@@ -141,7 +141,7 @@ std::string noteCell(host::Family const& family, FamilyPort const& port)
     std::string choices;
     for (host::Choice const& choice : use.choices)
         choices += fmt::format("{}<span>{} {}</span>", choices.empty() ? "" : ", ", choice.value,
-                               escaped(choice.name));
+                               markupText(choice.name));
     if (!choices.empty())
         add(choices);
     return note;

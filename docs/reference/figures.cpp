@@ -181,7 +181,7 @@ std::string drawing(std::string_view caption, std::string_view content, std::str
 {
     return fmt::format("<svg viewBox=\"0 0 {} {}\" role=\"img\" aria-label=\"{}\">{}"
                        "<svg x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\">{}</svg></svg>",
-                       kWidth, kHeight, escaped(caption), content, kLeft, kTop, kFieldWidth,
+                       kWidth, kHeight, markupText(caption), content, kLeft, kTop, kFieldWidth,
                        kFieldHeight, field);
 }
 
@@ -193,7 +193,7 @@ std::string legend(JsonValue const& plot, std::string const& origin)
         if (++number; curve.member("label") != nullptr)
             items += fmt::format("<li><svg viewBox=\"0 0 26 8\" aria-hidden=\"true\"><path "
                                  "class=\"c{}\" d=\"M0 4H26\"/></svg>{}</li>",
-                                 number, escaped(textOr(curve, "label", "", origin)));
+                                 number, markupText(textOr(curve, "label", "", origin)));
     return items.empty() ? "" : "<ul class=\"legend\">" + items + "</ul>";
 }
 
@@ -278,7 +278,7 @@ std::string image(host::Catalogue const& catalogue, JsonValue const& plot, std::
                                        {wanted(plot, "output", Kind::text, origin).text});
     return fmt::format(
         "<img width=\"{}\" height=\"{}\" alt=\"{}\" src=\"data:image/png;base64,{}\">",
-        shades.width, shades.height, escaped(caption),
+        shades.width, shades.height, markupText(caption),
         base64(painted(catalogue, graph, origin, shades)));
 }
 
@@ -302,7 +302,7 @@ std::string figure(host::Catalogue const& catalogue, JsonValue const& plot, std:
         content = image(catalogue, plot, caption, origin);
     else
         throw Fault(origin + ": unknown kind '" + kind + "'; it is curves, histogram or image");
-    return "<figure>" + content + "<figcaption>" + escaped(caption) + "</figcaption></figure>\n";
+    return "<figure>" + content + "<figcaption>" + markupText(caption) + "</figcaption></figure>\n";
 }
 
 }  // namespace nodus::reference

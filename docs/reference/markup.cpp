@@ -26,29 +26,6 @@ std::string_view nameOf(JsonValue::Kind kind)
 
 }  // namespace
 
-std::string escaped(std::string_view text)
-{
-    std::string safe;
-    for (char const c : text)
-        switch (c) {
-        case '&':
-            safe += "&amp;";
-            break;
-        case '<':
-            safe += "&lt;";
-            break;
-        case '>':
-            safe += "&gt;";
-            break;
-        case '"':
-            safe += "&quot;";
-            break;
-        default:
-            safe += c;
-        }
-    return safe;
-}
-
 JsonValue const& wanted(JsonValue const& object, std::string_view key, JsonValue::Kind kind,
                         std::string const& origin)
 {

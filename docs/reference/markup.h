@@ -3,6 +3,7 @@
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/json.h"
+#include "nodus/host/result_writer.h"
 
 #include <string>
 #include <string_view>
@@ -10,8 +11,7 @@
 
 namespace nodus::reference {
 
-// The text with the characters that HTML takes for its own replaced, also within quotes.
-std::string escaped(std::string_view text);
+using host::markupText;
 
 // The member of that name; throws Fault when it is missing or of another kind.
 host::JsonValue const& wanted(host::JsonValue const& object, std::string_view key,

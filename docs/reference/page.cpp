@@ -88,8 +88,8 @@ public:
             "<article id=\"{0}\" tabindex=\"-1\" data-types=\"{1}\" data-words=\"{2}\">\n"
             "<h3><a href=\"#{0}\" class=\"anchor\">{0}</a></h3>\n"
             "<p class=\"doc\">{3}</p>\n{4}{5}{6}{7}{8}{9}{10}</article>\n",
-            m_family.name, types, escaped(wanted(m_notes, "words", Kind::text, m_origin).text),
-            escaped(m_family.doc), nodeTypes(m_family), figures(), portTable(m_family), edges(),
+            m_family.name, types, markupText(wanted(m_notes, "words", Kind::text, m_origin).text),
+            markupText(m_family.doc), nodeTypes(m_family), figures(), portTable(m_family), edges(),
             snippet(), kernels(), related());
     }
 
@@ -103,16 +103,16 @@ private:
 
     std::string edges() const
     {
-        std::string text = "<h4>At the edges</h4>\n<p>" + escaped(m_family.edges) + "</p>\n";
+        std::string text = "<h4>At the edges</h4>\n<p>" + markupText(m_family.edges) + "</p>\n";
         std::string calls;
         for (JsonValue const& edge : list("edges"))
             calls += edgeCall(edge);
         if (!calls.empty())
             text += "<dl class=\"edges\">\n" + calls + "</dl>\n";
         for (JsonValue const& note : list("notes"))
-            text += "<p>" + escaped(note.text) + "</p>\n";
+            text += "<p>" + markupText(note.text) + "</p>\n";
         return text + "<p class=\"machine\">" +
-               escaped(textOr(m_notes, "machine", dependence(m_family), m_origin)) + "</p>\n";
+               markupText(textOr(m_notes, "machine", dependence(m_family), m_origin)) + "</p>\n";
     }
 
     std::string edgeCall(JsonValue const& edge) const
@@ -135,8 +135,8 @@ private:
             at = end + 1;
         }
         return fmt::format("<dt>{}</dt><dd><code>{}</code> <output>{}</output></dd>\n",
-                           escaped(wanted(edge, "why", Kind::text, origin).text), escaped(call),
-                           escaped(shown));
+                           markupText(wanted(edge, "why", Kind::text, origin).text),
+                           markupText(call), markupText(shown));
     }
 
     std::string figures() const
@@ -173,7 +173,7 @@ private:
             "</button></div>\n<pre class=\"graph\" data-frames=\"{}\" "
             "tabindex=\"0\"><code>{}</code></pre>\n"
             "<pre class=\"result\" aria-label=\"Result\"><samp>{}</samp></pre></div>\n",
-            m_family.name, frames, escaped(graphText(graph)), escaped(result));
+            m_family.name, frames, markupText(graphText(graph)), markupText(result));
     }
 
     std::string kernels() const
@@ -282,14 +282,14 @@ private:
                 m_diagnostics.add(fault);
             }
         }
-        std::string const title = escaped(capitalised(name));
+        std::string const title = markupText(capitalised(name));
         m_content.index +=
             fmt::format("<li><a class=\"group\" href=\"#{}\">{}</a><ul>{}</ul></li>\n", slug(name),
                         title, links);
         m_content.nodes += fmt::format(
             "<section id=\"{0}\" aria-labelledby=\"{0}-title\">\n<header><h2 id=\"{0}-title\">{1}"
             "</h2>\n<p>{2}</p></header>\n{3}</section>\n",
-            slug(name), title, escaped(textOr(group, "about", "", m_origin)), articles);
+            slug(name), title, markupText(textOr(group, "about", "", m_origin)), articles);
     }
 
     host::Catalogue const& m_catalogue;

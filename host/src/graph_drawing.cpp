@@ -55,31 +55,12 @@ std::string_view colourOf(ValueType const& type)
     return kInk;
 }
 
-// Text as a label of HTML's kind takes it.
+// Text as a label of HTML's kind takes it: a backslash alone may begin an escape.
 std::string escaped(std::string_view text)
 {
     std::string safe;
-    for (char const c : printable(text)) {
-        switch (c) {
-        case '&':
-            safe += "&amp;";
-            break;
-        case '<':
-            safe += "&lt;";
-            break;
-        case '>':
-            safe += "&gt;";
-            break;
-        case '"':
-            safe += "&quot;";
-            break;
-        case '\\':
-            safe += "\\\\";  // one alone may begin an escape
-            break;
-        default:
-            safe += c;
-        }
-    }
+    for (char const c : markupText(printable(text)))
+        safe.append(c == '\\' ? 2 : 1, c);
     return safe;
 }
 

@@ -62,6 +62,29 @@ std::string jsonText(std::string_view text)
     return quoted + '"';
 }
 
+std::string markupText(std::string_view text)
+{
+    std::string safe;
+    for (char const c : text)
+        switch (c) {
+        case '&':
+            safe += "&amp;";
+            break;
+        case '<':
+            safe += "&lt;";
+            break;
+        case '>':
+            safe += "&gt;";
+            break;
+        case '"':
+            safe += "&quot;";
+            break;
+        default:
+            safe += c;
+        }
+    return safe;
+}
+
 ResultWriter::ResultWriter(Plan const& plan, ResultFormat format) : m_format(format)
 {
     bool const isCsv = format == ResultFormat::csv;

@@ -189,7 +189,7 @@ QVR_INLINE _vec4 rampsOfLayer(Square const& square, Float4 const* up, _vec4 rz) 
            rz * firstPairs(z0, z1);
 }
 
-float noise3(Float3 const& position) noexcept
+QVR_INLINE float noise3(Float3 const& position) noexcept
 {
     Lattice const lattice(loadTriple(&position.x));
     if (lattice.isBeyond()) [[unlikely]]

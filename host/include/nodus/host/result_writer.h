@@ -55,4 +55,7 @@ std::string csvField(std::string_view text);
 // A text as JSON, in quotes.
 std::string jsonText(std::string_view text);
 
+// A text as HTML and its kin have it, within elements and within quoted attributes.
+std::string markupText(std::string_view text);
+
 }  // namespace nodus::host
