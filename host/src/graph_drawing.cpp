@@ -320,11 +320,11 @@ private:
                         (isFed ? own.substr(own.find('.') + 1)
                                : valueText(valueType(type.lane), bytes + lane * type.laneSize, {}));
             }
-            std::string const before =
+            std::string before =
                 type.id == TypeId::TQS ? std::string(partsOfTqs()[first / inLine].name) + " " : "";
             if (isWorthIt)
                 lines += (lines.empty() ? "" : "<BR ALIGN=\"LEFT\"/>") +
-                         coloured(before + "(" + line + ")", colour, 10);
+                         coloured(before.append("(").append(line).append(")"), colour, 10);
         }
         if (!hasConstant)
             return "";

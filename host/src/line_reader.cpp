@@ -14,8 +14,8 @@ namespace nodus::host {
 
 namespace {
 
-constexpr std::size_t kBufferSize = 256 * 1024;
-constexpr std::size_t kLongestLine = 64 * 1024 * 1024;
+constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
+constexpr std::size_t kLongestLine = std::size_t{64} * 1024 * 1024;
 
 }  // namespace
 

@@ -17,7 +17,7 @@ constexpr std::size_t kLeastFrames = 4;
 constexpr std::size_t kMostBytes = UINT32_MAX - kCacheLine;
 
 // Half of a typical second-level cache: the other half is for the tables and the texts around.
-constexpr std::size_t kArenaAim = 512 * 1024;
+constexpr std::size_t kArenaAim = std::size_t{512} * 1024;
 
 // Offsets that were reserved fit.
 std::uint32_t narrow(std::size_t offset) { return static_cast<std::uint32_t>(offset); }

@@ -13,7 +13,7 @@
 
 namespace nodus::host {
 
-inline constexpr std::size_t kLargestBlock = 16 * 1024;
+inline constexpr std::size_t kLargestBlock = std::size_t{16} * 1024;
 inline constexpr std::size_t kMostPorts = 64;
 inline constexpr std::size_t kMostFaults = 4096;
 inline constexpr std::size_t kLanes = 3;  // the main thread, and two more
