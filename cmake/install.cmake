@@ -12,6 +12,12 @@ install(TARGETS nodusmath EXPORT nodusmath-targets
   LIBRARY DESTINATION ${modules_dir} COMPONENT module
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT devel)
 install(FILES modules/nodusmath/nodusmath.json DESTINATION ${modules_dir} COMPONENT module)
+# musl's code is in a portable module, and its licence asks to be passed on with it.
+set(musl_notice /usr/share/doc/musl-dev/copyright)
+if(NODUSMATH_PORTABLE AND EXISTS ${musl_notice})
+  install(FILES ${musl_notice} DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright.musl
+    COMPONENT module)
+endif()
 install(FILES modules/nodusmath/kernels.def
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nodusmath COMPONENT devel)
 
