@@ -29,6 +29,16 @@ std::size_t characterLength(std::string_view text)
     return isWrong ? 0 : length;
 }
 
+// The place, or the one before it at which a character begins: no cut goes through a character.
+std::size_t characterAt(std::string_view text, std::size_t place)
+{
+    constexpr std::size_t kMostBehind = 3;
+    for (std::size_t back = 0; back <= std::min(kMostBehind, place); ++back)
+        if (place >= text.size() || (static_cast<unsigned char>(text[place - back]) & 0xC0) != 0x80)
+            return place - back;
+    return place;
+}
+
 }  // namespace
 
 void Diagnostics::add(Fault const& fault)
@@ -62,14 +72,15 @@ std::string shortened(std::string_view text, std::size_t most)
 {
     if (text.size() <= most)
         return std::string(text);
-    std::string between(text.substr(0, most * 3 / 4));
-    return between.append(" ... ").append(text.substr(text.size() - most / 4));
+    std::string between(text.substr(0, characterAt(text, most * 3 / 4)));
+    return between.append(" ... ").append(text.substr(characterAt(text, text.size() - most / 4)));
 }
 
 std::string inQuotes(std::string_view text)
 {
     constexpr std::size_t kMost = 80;
-    return "'" + std::string(text.substr(0, kMost)) + (text.size() > kMost ? "...'" : "'");
+    return "'" + std::string(text.substr(0, characterAt(text, kMost))) +
+           (text.size() > kMost ? "...'" : "'");
 }
 
 std::string alternatives(std::vector<std::string_view> const& names)

@@ -86,18 +86,6 @@ std::string cell(std::string const& content, std::string_view attributes = kLeft
 
 std::string typeText(ValueType const& type) { return coloured(type.name, colourOf(type), 9); }
 
-// A long text's beginning, cut between characters.
-std::string shortened(std::string text)
-{
-    constexpr std::size_t kMost = 40;
-    if (text.size() <= kMost)
-        return text;
-    std::size_t end = kMost;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        --end;
-    return text.substr(0, end) + "\u2026";
-}
-
 // A piece of a block: a port, a part or a lane. The type tells a value from its first lane.
 struct Spot {
     std::size_t offset;
@@ -287,7 +275,7 @@ private:
                                  std::memcmp(bytes, port.standard.bytes.data(), type.size) == 0);
         std::string_view const colour = isStandard ? kQuiet : kInk;
         if (type.id == TypeId::String)
-            return coloured(shortened(jsonText(text)), colour, 10);
+            return coloured(shortened(jsonText(text), 40), colour, 10);
         if (type.isScalar())
             return coloured(valueText(type, bytes, {}), colour, 10);
         Value const neutral = neutralValue(type);

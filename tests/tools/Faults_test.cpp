@@ -1,7 +1,6 @@
 // What may happen to the command from outside, and what it may be given: nothing crashes, nothing
 // half-written is taken for a result, memory is bounded, and each message is one clear line.
-#include "support/process.h"
-#include "support/temporary_folder.h"
+#include "nodus_command.h"
 
 #include <sched.h>
 #include <sys/mount.h>
@@ -11,9 +10,7 @@
 #include <random>
 #include <thread>
 
-using support::Finished;
-using support::ProcessOptions;
-using support::TemporaryFolder;
+using namespace command;
 
 namespace {
 
@@ -30,12 +27,6 @@ constexpr int kScale = 20;  // the sanitizers take time, and memory that is not 
 constexpr int kScale = 1;
 #endif
 constexpr int kHuge = 10000000;
-
-Finished nodus(std::vector<std::string> arguments, ProcessOptions const& options = {})
-{
-    arguments.insert(arguments.begin(), NODUS_TEST_COMMAND);
-    return support::runProcess(arguments, options);
-}
 
 std::string repeated(std::string const& text, int count)
 {
