@@ -15,8 +15,3 @@ quietly() { # quietly WHY-IT-FAILED COMMAND...
         fail "$why"
     }
 }
-needs() { # needs COMMAND: without it the rest is left out
-    command -v "$1" >/dev/null && return
-    echo "SKIPPED: $1 is missing"
-    exit 77
-}

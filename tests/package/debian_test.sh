@@ -7,7 +7,6 @@ set -eu
 build=$1
 version=$2
 
-needs dpkg-shlibdeps
 cd "$build"
 quietly "cpack makes no packages" cpack -G DEB -B "$scratch/packages"
 cd "$scratch/packages"
@@ -32,7 +31,6 @@ if [ "${3:-}" = with-tools ]; then
     [ -n "$("$scratch/root/usr/bin/nodus" list)" ] || fail "the packaged command lists no kernels"
 fi
 
-needs lintian
 as_root=""
 [ "$(id -u)" != 0 ] || as_root=--allow-root
 lintian $as_root --fail-on error ./*.deb || fail "lintian found an error"

@@ -23,11 +23,9 @@ for command in "" $commands; do
         grep -q -e "$option\b" "$scratch/section" || fail "nodus.1 lacks '$command $option'"
     done
 done
-if command -v man >/dev/null; then
-    warnings=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z \
-        "$scratch/nodus.1" 2>&1 >/dev/null)
-    [ -z "$warnings" ] || fail "man warns: $warnings"
-fi
+warnings=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z \
+    "$scratch/nodus.1" 2>&1 >/dev/null)
+[ -z "$warnings" ] || fail "man warns: $warnings"
 
 # The functions as the shells call them.
 "$nodus" manual bash >"$scratch/nodus.bash"
@@ -65,7 +63,6 @@ for command in $commands; do
         grep -q -e "[)*]$option\\[" "$scratch/section" || fail "_nodus lacks '$command $option'"
     done
 done
-needs zsh
 offered=$(zsh -f "$here/zsh_completion.zsh" "$nodus" "$scratch/_nodus") || fail "zsh gives no answer"
 expected='completed <nodus describe >
 completed <nodus eval --frames >

@@ -230,8 +230,9 @@ TEST(Faults, AFullDiskLeavesNothing)
 {
     TemporaryFolder const folder;
     std::string const graph = folder.write("g.json", kFrames);
-    std::string const disk = folder / "disk";
-    ASSERT_EQ(::mkdir(disk.c_str(), 0700), 0);
+    // A disk that only the process below has, and mounted nowhere.
+    constexpr int kDescriptor = 9;
+    std::string const disk = "/proc/self/fd/9";
     constexpr int kNotAllowed = 77;
     Finished const run = support::runProcess(
         {"/bin/sh", "-c",
@@ -239,11 +240,12 @@ TEST(Faults, AFullDiskLeavesNothing)
             ls -A "$1"; cat "$1/r.csv"; exit $s)",
          NODUS_TEST_COMMAND, disk, graph},
         {.beforeExec = [&] {
-            // A disk of its own, which nobody else sees.
-            int const spaces = CLONE_NEWNS | (::geteuid() == 0 ? 0 : CLONE_NEWUSER);
-            if (::unshare(spaces) != 0 ||
-                ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-                ::mount("none", disk.c_str(), "tmpfs", 0, "size=256k") != 0)
+            if (::geteuid() != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
+                ::_exit(kNotAllowed);
+            int const settings = ::fsopen("tmpfs", 0);
+            if (::fsconfig(settings, FSCONFIG_SET_STRING, "size", "256k", 0) != 0 ||
+                ::fsconfig(settings, FSCONFIG_CMD_CREATE, nullptr, nullptr, 0) != 0 ||
+                ::dup2(::fsmount(settings, 0, 0), kDescriptor) != kDescriptor)
                 ::_exit(kNotAllowed);
         }});
     if (run.exitStatus == kNotAllowed)

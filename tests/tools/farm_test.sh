@@ -5,8 +5,6 @@ set -eu
 # shellcheck source=tests/package/common.sh
 . "$(dirname "$0")/../package/common.sh"
 source=$here/../..
-needs parallel
-needs mpirun
 mkdir "$scratch/bin" "$scratch/a farm"
 PATH=$scratch/bin:$1:$PATH
 # A queue of one machine: runs every task of the array at once, in reverse.
