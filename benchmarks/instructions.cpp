@@ -5,7 +5,7 @@
 // usage: nodusmath_instructions MODULE CATALOGUE            prints the table
 //        nodusmath_instructions MODULE CATALOGUE --check TABLE    fails when a kernel grew
 //        nodusmath_instructions MODULE CATALOGUE --against FLOORS prints both side by side
-// exit status: 0 done, 1 a kernel grew or the work failed, 2 wrong usage, 77 the table is for another compiler
+// exit status: 0 done, 1 a kernel grew or the work failed, 2 wrong usage, 77 another compiler
 #include "cases.h"
 #include "instruction_table.h"
 
