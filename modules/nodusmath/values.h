@@ -2,14 +2,11 @@
 #pragma once
 
 #include "nodus/String.h"
+#include "qvr/exact.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
-
-#ifdef __FAST_MATH__
-#error "nodusmath: results are promised to the bit; build without -ffast-math"
-#endif
 
 namespace nodusmath {
 

@@ -51,6 +51,25 @@ for header in $(cd "$prefix/include" && find . -name '*.h' | sed 's|^\./||'); do
         -fsyntax-only $(pkg-config --cflags nodusmath) - || fail "<$header> does not stand alone"
 done
 
+# Programs for other processors have the same bits: no product may be fused with a sum.
+products() { # products NAME OPTION...
+    name=$1
+    shift
+    # shellcheck disable=SC2046
+    "$cxx" -std=c++20 -O2 "$@" "$here/products.cpp" -o "$scratch/$name" $(pkg-config --cflags nodusmath)
+}
+products plain
+for options in "-mfma -mavx2" "-mfma -ffp-contract=fast" "-mavx512f -ffp-contract=fast"; do
+    # shellcheck disable=SC2086
+    products newer $options
+    ! objdump -d "$scratch/newer" | grep -E 'vf(n|)m(add|sub)' || fail "$options fuses products"
+done
+products native -march=native
+expect "bits of a program for this processor" "$("$scratch/plain")" "$("$scratch/native")"
+for option in -ffast-math -ffinite-math-only; do
+    ! products wrong $option 2>/dev/null || fail "$option is not refused"
+done
+
 if [ "${3:-}" = with-tools ]; then
     nodus=$prefix/bin/nodus
     expect "the command's version" "nodus $version" "$("$nodus" --version)"

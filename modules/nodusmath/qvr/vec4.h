@@ -5,6 +5,7 @@
 // x, y, z and w, or 0 to 3, in memory order.
 #pragma once
 
+#include "exact.h"
 #include "scalar.h"
 
 #include <emmintrin.h>
@@ -74,6 +75,11 @@ QVR_INLINE _vec4 broadcast(float value) noexcept { return {_mm_set1_ps(value)}; 
 template <typename Lanes> Lanes splat(float value) noexcept = delete;
 template <> QVR_INLINE float splat<float>(float value) noexcept { return value; }
 template <> QVR_INLINE _vec4 splat<_vec4>(float value) noexcept { return broadcast(value); }
+// The same in x and y, and zeros behind them.
+QVR_INLINE _vec4 pairOf(float value) noexcept
+{
+    return {_mm_unpacklo_ps(_mm_set_ss(value), _mm_set_ss(value))};
+}
 QVR_INLINE float lane0(_vec4 v) noexcept { return _mm_cvtss_f32(v.lanes); }
 template <int lane> QVR_INLINE float laneOf(_vec4 v) noexcept { return v.lanes[lane]; }
 
@@ -91,7 +97,10 @@ template <int lane> QVR_INLINE _vec4 broadcastLane(_vec4 v) noexcept
 
 QVR_INLINE _vec4 operator+(_vec4 a, _vec4 b) noexcept { return {_mm_add_ps(a.lanes, b.lanes)}; }
 QVR_INLINE _vec4 operator-(_vec4 a, _vec4 b) noexcept { return {_mm_sub_ps(a.lanes, b.lanes)}; }
-QVR_INLINE _vec4 operator*(_vec4 a, _vec4 b) noexcept { return {_mm_mul_ps(a.lanes, b.lanes)}; }
+QVR_INLINE _vec4 operator*(_vec4 a, _vec4 b) noexcept
+{
+    return {rounded(_mm_mul_ps(a.lanes, b.lanes))};
+}
 QVR_INLINE _vec4 operator/(_vec4 a, _vec4 b) noexcept { return {_mm_div_ps(a.lanes, b.lanes)}; }
 QVR_INLINE _vec4 operator*(_vec4 v, float scalar) noexcept { return v * broadcast(scalar); }
 
