@@ -9,7 +9,13 @@ namespace {
 
 template <typename T> T scale(T const& value, Float scalar) noexcept
 {
-    return lanewise(value, [scalar](auto x) { return x * scalar; });
+    return lanewise(value, [scalar](auto x) {
+        // Lanes that are not there are zeros, which an infinite scalar must not meet.
+        if constexpr (std::is_same_v<decltype(x), qvr::_vec4> && !FourLaned<T>)
+            return x * qvr::pairOf(scalar);
+        else
+            return x * scalar;
+    });
 }
 
 }  // namespace

@@ -2,7 +2,8 @@
 //
 // An operation is a generic function of lanes. It is handed floats and doubles as they are, four
 // lanes of a 16-byte type at once as a qvr::_vec4, two lanes of a Float2 or Float3 likewise, and
-// integers as unsigned ones of their width or wider, so that what overflows wraps around.
+// integers of 32 bits as unsigned ones, so that what overflows wraps around; smaller ones have
+// room.
 #pragma once
 
 #include "qvr/vec4.h"
@@ -14,10 +15,10 @@ namespace nodusmath {
 
 namespace lanes {
 
-template <typename T> [[gnu::always_inline]] inline auto unsignedIfInteger(T value) noexcept
+template <typename T> [[gnu::always_inline]] inline auto wrapping(T value) noexcept
 {
     if constexpr (std::is_integral_v<T>)
-        return static_cast<std::uint32_t>(value);
+        return static_cast<std::make_unsigned_t<T>>(value);
     else
         return value;
 }
@@ -26,7 +27,7 @@ template <typename Op, typename T, typename... Rest>
 [[gnu::always_inline]] inline T applied(Op op, T const& value, Rest const&... others) noexcept
 {
     if constexpr (std::is_arithmetic_v<T>) {
-        return static_cast<T>(op(unsignedIfInteger(value), unsignedIfInteger(others)...));
+        return static_cast<T>(op(wrapping(value), wrapping(others)...));
     } else if constexpr (std::is_same_v<T, Matrix4x4>) {
         return {{applied(op, value.rows[0], others.rows[0]...),
                  applied(op, value.rows[1], others.rows[1]...),

@@ -31,9 +31,6 @@ template <> inline Double ceilOf(Double value) noexcept { return library::ceil(v
 
 // With the sign of the value, except that a negative integer gives +0. Through a 32-bit integer
 // for Double too.
-template <typename T> T fractionOf(T value) noexcept
-{
-    return value - static_cast<T>(qvr::toIntTruncating(value));
-}
+template <typename T> T fractionOf(T value) noexcept { return qvr::withoutWhole(value); }
 
 }  // namespace nodusmath

@@ -85,7 +85,7 @@ template <typename T> void fastBiasAndGain(T amount, T value, T& bias, T& gain) 
 template <typename T> T signum(T value) noexcept
 {
     if constexpr (std::is_floating_point_v<T>)
-        return qvr::oneIfLess(T{0}, value) - qvr::oneIfLess(value, T{0});
+        return qvr::signum(value);
     else
         return (value > 0) - (value < 0);
 }

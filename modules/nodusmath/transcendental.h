@@ -10,6 +10,7 @@
 
 #include <bit>
 #include <cstdint>
+#include <type_traits>
 
 namespace nodusmath {
 
@@ -71,17 +72,16 @@ template <typename T> T binaryLogarithmOf(T value) noexcept
 
 template <typename T> T squareRootOf(T value) noexcept { return qvr::squareRoot(value); }
 
-// 1 / sqrt(value), but +0 for zeros of either sign. Float is the processor's estimate as it comes:
-// +infinity for subnormals.
-template <typename T> T reciprocalSquareRootOf(T value) noexcept;
-template <> inline Float reciprocalSquareRootOf(Float value) noexcept
+// 1 / sqrt(value), but +0 for zeros of either sign, which are not divided by: the processor would
+// raise an exception. Float is the processor's estimate as it comes: +infinity for subnormals.
+template <typename T> T reciprocalSquareRootOf(T value) noexcept
 {
-    return qvr::zeroForZero(value, qvr::reciprocalSquareRootEstimate(value));
-}
-template <> inline Double reciprocalSquareRootOf(Double value) noexcept
-{
-    Double const root = qvr::squareRoot(value);
-    return qvr::zeroForZero(root, 1 / root);
+    if (qvr::isZero(value)) [[unlikely]]
+        return 0;
+    if constexpr (std::is_same_v<T, Float>)
+        return qvr::reciprocalSquareRootEstimate(value);
+    else
+        return 1 / qvr::squareRoot(value);
 }
 
 // acos(sqrt(c^2 - a^2 - b^2)): the difference in single precision, root and arc cosine in double.

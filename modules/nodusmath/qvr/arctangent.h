@@ -17,7 +17,9 @@ inline constexpr _simd_splat<0x3D6EE04Du> kTangentR;  // 0.05831938
 // Edge:   infinities give pi/2; NaN gives NaN.
 QVR_INLINE _vec4 arctangentFolded(_vec4 r, _vec4 inside) noexcept
 {
-    _vec4 const z = select(inside, r, kOne / r);
+    // r / 1 or 1 / r: where r is used as it is, it may be zero, and nothing is divided by that.
+    _vec4 const exchange = bitAnd(bitXor(r, kOne), inside);
+    _vec4 const z = bitXor(kOne, exchange) / bitXor(r, exchange);
     _vec4 const numerator = ((kTangentP * z) * z) * z + z;
     _vec4 const denominator = z * (z * (kTangentQ + (kTangentR * z) * z)) + kOne;
     _vec4 const angle = numerator / denominator;
@@ -36,11 +38,11 @@ QVR_INLINE _vec4 arctangent2(_vec4 num, _vec4 den) noexcept
     _vec4 const below = less(num, zero());
     _vec4 const left = less(den, zero());
 
-    // What is missing to the folded angle. Inside: pi with the sign of num where den is negative.
-    // Outside: -pi where num is negative. Nothing is -0, which changes no angle, not even -0.
-    _vec4 const missing = bitAnd(select(inside, left, below), kPi);
-    _vec4 const positive = bitAndNot(below, bitAnd(inside, left));
-    return arctangentFolded(r, inside) + bitOr(missing, bitAndNot(positive, kSignBits));
+    // By how much the folded angle is too large. Inside: where den is negative, pi with the sign
+    // that num has not. Outside: pi where num is negative. Elsewhere +0, which changes not even -0.
+    _vec4 const differ = bitAnd(bitXor(left, below), inside);
+    _vec4 const signedPi = bitXor(bitAnd(differ, kSignBits), kPi);
+    return arctangentFolded(r, inside) - bitAnd(bitXor(differ, below), signedPi);
 }
 
 }  // namespace qvr

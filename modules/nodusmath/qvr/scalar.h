@@ -70,35 +70,43 @@ template <std::floating_point T> QVR_INLINE T opaque(T v) noexcept
 template <std::floating_point T> QVR_INLINE T minimum(T a, T b) noexcept { return a < b ? a : b; }
 template <std::floating_point T> QVR_INLINE T maximum(T a, T b) noexcept { return a > b ? a : b; }
 
-// 1 when a < b, else +0, NaN included; a mask instead of a branch.
-QVR_INLINE float oneIfLess(float a, float b) noexcept
+// -1, +0 or 1; +0 for zeros and NaN. The masks of the comparisons, read as integers, are -1 and 0:
+// no sum of floats, whose zero would have its sign from the rounding mode.
+QVR_INLINE float signum(float v) noexcept
 {
-    __m128 const mask = _mm_cmplt_ss(inLane0(a), inLane0(b));
-    return _mm_cvtss_f32(_mm_and_ps(mask, _mm_set_ss(1.0f)));
+    __m128 const lanes = inLane0(v), zero = _mm_setzero_ps();
+    __m128i const below = _mm_castps_si128(_mm_cmplt_ss(lanes, zero));
+    __m128i const above = _mm_castps_si128(_mm_cmplt_ss(zero, lanes));
+    return _mm_cvtss_f32(_mm_cvtepi32_ps(_mm_sub_epi32(below, above)));
 }
-QVR_INLINE double oneIfLess(double a, double b) noexcept
+QVR_INLINE double signum(double v) noexcept
 {
-    __m128d const mask = _mm_cmplt_sd(inLane0(a), inLane0(b));
-    return _mm_cvtsd_f64(_mm_and_pd(mask, _mm_set_sd(1.0)));
+    __m128d const lanes = inLane0(v), zero = _mm_setzero_pd();
+    __m128i const below = _mm_castpd_si128(_mm_cmplt_sd(lanes, zero));
+    __m128i const above = _mm_castpd_si128(_mm_cmplt_sd(zero, lanes));
+    return _mm_cvtsd_f64(_mm_cvtepi32_pd(_mm_sub_epi32(below, above)));
 }
 
-// result, but +0 when v is a zero of either sign.
-QVR_INLINE float zeroForZero(float v, float result) noexcept
-{
-    __m128 const mask = _mm_cmpneq_ss(inLane0(v), _mm_setzero_ps());
-    return _mm_cvtss_f32(_mm_and_ps(mask, inLane0(result)));
-}
-QVR_INLINE double zeroForZero(double v, double result) noexcept
-{
-    __m128d const mask = _mm_cmpneq_sd(inLane0(v), _mm_setzero_pd());
-    return _mm_cvtsd_f64(_mm_and_pd(mask, inLane0(result)));
-}
+// A zero of either sign, by the bits: one test instead of an ordered and an unordered one.
+QVR_INLINE bool isZero(float v) noexcept { return std::bit_cast<std::uint32_t>(v) << 1 == 0; }
+QVR_INLINE bool isZero(double v) noexcept { return std::bit_cast<std::uint64_t>(v) << 1 == 0; }
 
 // To a 32-bit integer, ties to even or towards zero. What no such integer is near, NaN and the
 // infinities among it, gives kNoInteger.
 inline constexpr std::int32_t kNoInteger = std::numeric_limits<std::int32_t>::min();
-QVR_INLINE std::int32_t toIntTruncating(float v) noexcept { return _mm_cvttss_si32(inLane0(v)); }
-QVR_INLINE std::int32_t toIntTruncating(double v) noexcept { return _mm_cvttsd_si32(inLane0(v)); }
+QVR_INLINE std::int32_t toIntTruncating(float v) noexcept { return _mm_cvttss_si32(_mm_set_ss(v)); }
+
+// What is left of v without the whole part, by way of such an integer: +0 for whole numbers.
+QVR_INLINE float withoutWhole(float v) noexcept
+{
+    __m128 const lanes = _mm_set_ss(v);
+    return _mm_cvtss_f32(_mm_sub_ss(lanes, _mm_cvtepi32_ps(_mm_cvttps_epi32(lanes))));
+}
+QVR_INLINE double withoutWhole(double v) noexcept
+{
+    __m128d const lanes = _mm_set_sd(v);
+    return _mm_cvtsd_f64(_mm_sub_sd(lanes, _mm_cvtepi32_pd(_mm_cvttpd_epi32(lanes))));
+}
 
 // Correctly rounded; NaN below zero, -0 for -0.
 QVR_INLINE float squareRoot(float v) noexcept { return _mm_cvtss_f32(_mm_sqrt_ss(inLane0(v))); }
@@ -108,24 +116,26 @@ QVR_INLINE double squareRoot(double v) noexcept
     return _mm_cvtsd_f64(_mm_sqrt_sd(lanes, lanes));
 }
 
-// Whole numbers by way of such an integer; never -0.
-QVR_INLINE __m128 nearestWhole(__m128 v) noexcept { return _mm_cvtepi32_ps(_mm_cvtps_epi32(v)); }
-// -1 in lane 0 when it is less, else +0: the comparison's mask, read as an integer, is the number.
-QVR_INLINE __m128 minusOneIfLess(__m128 a, __m128 b) noexcept
+// Whole numbers by way of such an integer; never -0. The nearest is at most one off.
+QVR_INLINE float wholeNearest(float v) noexcept
 {
-    return _mm_cvtepi32_ps(_mm_castps_si128(_mm_cmplt_ss(a, b)));
+    return _mm_cvtss_f32(_mm_cvtepi32_ps(_mm_cvtps_epi32(inLane0(v))));
 }
-QVR_INLINE float wholeNearest(float v) noexcept { return _mm_cvtss_f32(nearestWhole(inLane0(v))); }
-// The nearest is at most one off, and +0 added or taken away changes nothing.
 QVR_INLINE float wholeBelow(float v) noexcept
 {
-    __m128 const lanes = inLane0(v), nearest = nearestWhole(lanes);
-    return _mm_cvtss_f32(_mm_add_ss(minusOneIfLess(lanes, nearest), nearest));
+    // In floats, where one less than kNoInteger does not wrap around. The comparison's mask, read
+    // as an integer, is the -1 that is wanted.
+    __m128 const lanes = inLane0(v), nearest = _mm_cvtepi32_ps(_mm_cvtps_epi32(lanes));
+    __m128i const over = _mm_castps_si128(_mm_cmplt_ss(lanes, nearest));
+    return _mm_cvtss_f32(_mm_add_ss(_mm_cvtepi32_ps(over), nearest));
 }
 QVR_INLINE float wholeAbove(float v) noexcept
 {
-    __m128 const lanes = inLane0(v), nearest = nearestWhole(lanes);
-    return _mm_cvtss_f32(_mm_sub_ss(nearest, minusOneIfLess(nearest, lanes)));
+    // One more than kNoInteger is rounded to the same float again.
+    __m128 const lanes = inLane0(v);
+    __m128i const nearest = _mm_cvtps_epi32(lanes);
+    __m128i const under = _mm_castps_si128(_mm_cmplt_ss(_mm_cvtepi32_ps(nearest), lanes));
+    return _mm_cvtss_f32(_mm_cvtepi32_ps(_mm_sub_epi32(nearest, under)));
 }
 
 // The estimate of 1 / sqrt(v), at most 1.5 * 2^-12 off, relative: an infinity of v's sign for zeros
