@@ -77,8 +77,10 @@ private:
         family.doc = textMember(json, "doc");
         family.edges = textMember(json, "edges");
         family.dependsOn = textList(json, "dependsOn");
-        if (JsonValue const* const mayKeep = json.member("mayKeepOutputs"))
-            family.mayKeepOutputs = mayKeep->boolean;
+        if (JsonValue const* const may = json.member("mayKeepOutputs"))
+            family.mayKeepOutputs = may->boolean;
+        if (JsonValue const* const may = json.member("mayDivideByZero"))
+            family.mayDivideByZero = may->boolean;
         if (family.name.empty()) {
             fault("family " + std::to_string(m_catalogue.m_families.size()) + " wants a 'name'");
             return;

@@ -60,6 +60,7 @@ TEST(Check, EveryFaultOfABrokenModuleIsNamed)
         {"Text", "texts", "keeps references to texts", ""},
         {"Flushes", "control", "control state", "value=("},
         {"Precision", "control", "control state", "value=("},
+        {"Raises", "exceptions", "no value explains", ", 255, "},
         {"Logs", "again", "called again", "value=("},
         {"History", "history", "other frames", "frame "},
         {"Workspace", "output", "output ports", "frame "},

@@ -21,6 +21,7 @@ constexpr CheckName kNames[] = {
     {Check::threads, "threads", "the same result on two threads"},
     {Check::texts, "texts", "texts unchanged, references given back"},
     {Check::control, "control", "floating-point control state unchanged"},
+    {Check::exceptions, "exceptions", "no floating-point exception without need"},
     {Check::signal, "signal", "no signal"},
     {Check::hang, "hang", "every call returns"},
     {Check::process, "process", "the process goes on"},

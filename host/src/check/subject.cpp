@@ -1,6 +1,8 @@
 // One call, and all that can be seen from it.
 #include "subject.h"
 
+#include "exceptions.h"
+
 #include "nodus/runtime/EvaluationScope.h"
 
 #include <immintrin.h>
@@ -207,7 +209,11 @@ Checks Caller::runAt(Zone const& in, Zone const& out, Zone const& workspace, Pla
     {
         runtime::EvaluationScope const scope(m_call.frame, &m_services);
         ControlState const before = controlState();
+        clearExceptions();
         invoke(in, out, workspace, initialise);
+        note(Check::exceptions,
+             raisedWithoutNeed(m_subject.type->inputs, in.block, m_subject.outputs(), out.block,
+                               m_subject.type->family->mayDivideByZero));
         if (ControlState const after = controlState(); !(after == before)) {
             restore(before);
             note(Check::control, true);

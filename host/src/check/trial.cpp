@@ -31,7 +31,7 @@ struct Kept {
     Outcome outcome;
 };
 
-// For the checks that only a comparison can tell, up to Check::control.
+// For the checks that only a comparison can tell, up to Check::exceptions.
 constexpr std::string_view kWords[] = {
     "",
     "writes to its input block, or near it",
@@ -44,8 +44,9 @@ constexpr std::string_view kWords[] = {
     "gives another result when two threads call it",
     "changes a text",
     "changes the control state of the processor",
+    "raises a floating-point exception that no value explains",
 };
-static_assert(std::size(kWords) == static_cast<std::size_t>(Check::control) + 1);
+static_assert(std::size(kWords) == static_cast<std::size_t>(Check::exceptions) + 1);
 
 class Trial {
 public:

@@ -22,6 +22,7 @@ float byteAt(void const* block, int i) { return static_cast<unsigned char const*
 void setX87(std::uint16_t control) { __asm__ volatile("fldcw %0" : : "m"(control)); }
 
 int volatile g_zero = 0;
+float volatile g_scrap = 0;
 float const* volatile g_null = nullptr;
 std::atomic<int> g_count = 0;
 
@@ -80,6 +81,11 @@ BARE(Text)  // takes a reference in each thread and never gives it back
 }
 KERNEL(Flushes) { _mm_setcsr(_mm_getcsr() | 0x8000u); }
 KERNEL(Precision) { setX87(0x027F); }
+KERNEL(Raises)
+{
+    if (in[1] == 255)
+        g_scrap = 1.0f / static_cast<float>(g_zero);
+}
 KERNEL(Logs)
 {
     nodus::runtime::GetLocalServiceTable()->log->message(++g_count % 2 == 0 ? "even" : "odd");

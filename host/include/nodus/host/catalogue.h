@@ -37,6 +37,7 @@ struct Family {
     std::string name, group, doc, edges;
     std::vector<std::string> dependsOn;
     bool mayKeepOutputs = false;             // a call may leave output ports as they were
+    bool mayDivideByZero = false;            // also where its results are finite
     std::vector<NodeType const*> nodeTypes;  // in the catalogue's order
 };
 

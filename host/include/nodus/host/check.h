@@ -14,20 +14,21 @@ namespace nodus::host {
 
 // What is looked at, in the order of the report.
 enum class Check : std::uint8_t {
-    records,    // registration records, exported symbols and the catalogue agree
-    input,      // nothing of an input block changes, nor before or behind it
-    output,     // nothing of an output block or workspace changes but its ports
-    written,    // every output port is written, unless the catalogue says that it may not be
-    again,      // the same input has the same result
-    elsewhere,  // also in blocks at another address
-    padding,    // also with other bytes between and behind the ports
-    history,    // also with a workspace that has seen other frames
-    threads,    // also on two threads at a time
-    texts,      // texts are unchanged, and each reference to one is given back
-    control,    // rounding, traps and flags of the processor are as they were
-    signal,     // no signal
-    hang,       // every call comes back
-    process,    // nor does a call end the process
+    records,     // registration records, exported symbols and the catalogue agree
+    input,       // nothing of an input block changes, nor before or behind it
+    output,      // nothing of an output block or workspace changes but its ports
+    written,     // every output port is written, unless the catalogue says that it may not be
+    again,       // the same input has the same result
+    elsewhere,   // also in blocks at another address
+    padding,     // also with other bytes between and behind the ports
+    history,     // also with a workspace that has seen other frames
+    threads,     // also on two threads at a time
+    texts,       // texts are unchanged, and each reference to one is given back
+    control,     // rounding and traps of the processor are as they were
+    exceptions,  // no floating-point exception is raised that the values do not explain
+    signal,      // no signal
+    hang,        // every call comes back
+    process,     // nor does a call end the process
 };
 
 struct CheckName {

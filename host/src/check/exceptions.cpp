@@ -1,0 +1,58 @@
+// The exception flags of the processor beside the values of a call.
+#include "exceptions.h"
+
+#include <xmmintrin.h>
+
+#include <cmath>
+#include <cstring>
+
+namespace nodus::host {
+
+namespace {
+
+template <typename T> T valueAt(std::byte const* at)
+{
+    T value;
+    std::memcpy(&value, at, sizeof value);
+    return value;
+}
+
+// Of a lane that is no number, 0.
+double numberAt(std::byte const* lane, TypeId type)
+{
+    switch (type) {
+    case TypeId::Float:
+        return valueAt<float>(lane);
+    case TypeId::Double:
+        return valueAt<double>(lane);
+    case TypeId::Int32:
+        return valueAt<std::int32_t>(lane);
+    default:
+        return 0;
+    }
+}
+
+template <typename Is> bool anyLane(std::vector<Port> const& ports, std::byte const* block, Is is)
+{
+    for (Port const& port : ports)
+        for (std::size_t lane = 0; lane < port.type->laneNames.size(); ++lane)
+            if (is(numberAt(block + port.offset + lane * port.type->laneSize, port.type->lane)))
+                return true;
+    return false;
+}
+
+}  // namespace
+
+void clearExceptions() { _MM_SET_EXCEPTION_STATE(0); }
+
+bool raisedWithoutNeed(std::vector<Port> const& inputs, std::byte const* in,
+                       std::vector<Port> const& outputs, std::byte const* out, bool mayDivideByZero)
+{
+    unsigned const unwanted =
+        _MM_EXCEPT_INVALID | (mayDivideByZero ? 0u : unsigned{_MM_EXCEPT_DIV_ZERO});
+    return (_MM_GET_EXCEPTION_STATE() & unwanted) != 0 &&
+           !anyLane(inputs, in, [](double value) { return !(std::abs(value) < 0x1p30); }) &&
+           !anyLane(outputs, out, [](double value) { return !std::isfinite(value); });
+}
+
+}  // namespace nodus::host
