@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdint>
 #include <numbers>
+#include <numeric>
 
 namespace nodus::reference {
 
@@ -26,6 +27,8 @@ constexpr double kFieldWidth = kWidth - kLeft - kRight, kFieldHeight = kHeight -
 
 // Even, and a multiple of every whole number of units in the plots: steps are met exactly.
 constexpr int kIntervals = 960;
+// How often the interval in which a curve ends is halved: to a ten-thousandth of a sample's.
+constexpr int kHalvings = 14;
 // What a curve may leave its samples by, in units of the drawing.
 constexpr double kVisible = 0.06;
 
@@ -109,20 +112,48 @@ std::vector<Point> thinned(std::vector<Point> const& all)
     return kept;
 }
 
-std::string strokes(std::vector<double> const& values, Axis const& y, bool hasSteps, int number)
+using Curves = std::vector<std::vector<double>>;
+
+// Halves the interval in which a curve ends or begins, again and again: it is drawn to its very
+// end, and to the edge of the field when it ends in an infinity.
+template <typename Sample> Curves sampledToTheEnds(std::vector<double>& xs, Sample const& sample)
 {
-    std::string path, dots;
+    Curves values = sample(xs);
+    for (int round = 0; round < kHalvings; ++round) {
+        std::vector<double> finer;
+        for (std::size_t i = 0; i < xs.size(); ++i) {
+            auto const ends = [i](std::vector<double> const& curve) {
+                return std::isfinite(curve[i - 1]) != std::isfinite(curve[i]);
+            };
+            if (i > 0 && std::ranges::any_of(values, ends))
+                finer.push_back(std::midpoint(xs[i - 1], xs[i]));
+            finer.push_back(xs[i]);
+        }
+        if (finer.size() == xs.size())
+            break;
+        xs = std::move(finer);
+        values = sample(xs);
+    }
+    return values;
+}
+
+// The values are those at the fractions of the field's width. Single ones are dots, which are no
+// part of the field: they would be cut in half at its edge.
+std::string strokes(std::vector<double> const& fractions, std::vector<double> const& values,
+                    Axis const& y, bool hasSteps, int number, std::string& dots)
+{
+    std::string path;
     std::vector<Point> piece;
     auto const finish = [&] {
-        if (piece.size() == 1)
+        if (piece.size() == 1 && piece[0].y >= 0 && piece[0].y <= kFieldHeight)
             dots += fmt::format("<circle class=\"c{}\" cx=\"{:.1f}\" cy=\"{:.1f}\" r=\"3\"/>",
-                                number, piece[0].x, piece[0].y);
-        else
+                                number, kLeft + piece[0].x, kTop + piece[0].y);
+        else if (piece.size() > 1)
             for (Point const& point : thinned(piece))
                 path +=
                     fmt::format("{}{:.1f} {:.1f}", path.empty() || path.back() == ' ' ? "M" : "L",
                                 point.x, point.y);
-        if (!path.empty())
+        if (!path.empty() && path.back() != ' ')
             path += ' ';
         piece.clear();
     };
@@ -134,11 +165,11 @@ std::string strokes(std::vector<double> const& values, Axis const& y, bool hasSt
             finish();
         // Far outside of the field all heights look the same.
         if (std::isfinite(values[i]))
-            piece.push_back({kFieldWidth * static_cast<double>(i) / kIntervals,
+            piece.push_back({kFieldWidth * fractions[i],
                              kFieldHeight * (1 - std::clamp(y.fraction(values[i]), -9.0, 9.0))});
     }
     finish();
-    return fmt::format("<path class=\"c{}\" d=\"{}\"/>{}", number, path, dots);
+    return fmt::format("<path class=\"c{}\" d=\"{}\"/>", number, path);
 }
 
 Axis axisOf(JsonValue const& plot, std::string_view key, std::string const& origin)
@@ -177,12 +208,13 @@ JsonValue graphOf(JsonValue const& plot, std::string_view type, std::string cons
     return graphValue(std::move(nodes), outputs);
 }
 
-std::string drawing(std::string_view caption, std::string_view content, std::string_view field)
+std::string drawing(std::string_view caption, std::string_view content, std::string_view field,
+                    std::string_view dots)
 {
     return fmt::format("<svg viewBox=\"0 0 {} {}\" role=\"img\" aria-label=\"{}\">{}"
-                       "<svg x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\">{}</svg></svg>",
+                       "<svg x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\">{}</svg>{}</svg>",
                        kWidth, kHeight, markupText(caption), content, kLeft, kTop, kFieldWidth,
-                       kFieldHeight, field);
+                       kFieldHeight, field, dots);
 }
 
 std::string legend(JsonValue const& plot, std::string const& origin)
@@ -204,15 +236,21 @@ std::string curves(host::Catalogue const& catalogue, JsonValue const& plot, std:
     Axis const y = axisOf(plot, "y", origin);
     x.isPi = textOr(plot, "unit", "", origin) == "pi";
     bool const hasSteps = plot.member("steps") != nullptr;
+    double const unit = x.isPi ? std::numbers::pi : 1.0;
     std::vector<double> xs;
     for (int i = 0; i <= kIntervals; ++i)
-        xs.push_back((x.from + (x.to - x.from) * i / kIntervals) *
-                     (x.isPi ? std::numbers::pi : 1.0));
-    std::string field;
+        xs.push_back((x.from + (x.to - x.from) * i / kIntervals) * unit);
+    JsonValue const graph = graphOf(plot, type, origin);
+    Curves const all = sampledToTheEnds(
+        xs, [&](std::vector<double> const& at) { return sampled(catalogue, graph, origin, at); });
+    std::vector<double> fractions;
+    for (double const at : xs)
+        fractions.push_back(x.fraction(at / unit));
+    std::string field, dots;
     int number = 0;
-    for (auto const& values : sampled(catalogue, graphOf(plot, type, origin), origin, xs))
-        field += strokes(values, y, hasSteps, ++number);
-    return drawing(caption, marks(x, y, ""), field) + legend(plot, origin);
+    for (auto const& values : all)
+        field += strokes(fractions, values, y, hasSteps, ++number, dots);
+    return drawing(caption, marks(x, y, ""), field, dots) + legend(plot, origin);
 }
 
 std::string histogram(host::Catalogue const& catalogue, JsonValue const& plot,
@@ -236,7 +274,8 @@ std::string histogram(host::Catalogue const& catalogue, JsonValue const& plot,
             bars += fmt::format("M{:.2f} {}V{:.2f}h{:.2f}V{}z", width * static_cast<double>(bin),
                                 kFieldHeight, kFieldHeight * (1 - y.fraction(shares[bin])),
                                 width - 1, kFieldHeight);
-    return drawing(caption, marks(x, y, "%"), fmt::format("<path class=\"bars\" d=\"{}\"/>", bars));
+    return drawing(caption, marks(x, y, "%"), fmt::format("<path class=\"bars\" d=\"{}\"/>", bars),
+                   "");
 }
 
 std::string base64(std::string_view bytes)

@@ -80,6 +80,19 @@ class Page(unittest.TestCase):
         for x, y in points:
             self.assertAlmostEqual(y, 96 - 192 / 2.5 * math.sin(4 * math.pi * x / 362), delta=0.2)
 
+    def test_curves_reach_their_ends(self):
+        # To the lower edge, at 192, where the logarithm of 0 is; where the angle ends, halfway between two samples.
+        for name, first, last in [('Log10', (0, 192), None),
+                                  ('CosineLaw', (362 * 0.5 ** 0.5 / 1.5, 192 - 192 * (math.pi / 2 + 0.25) / 2.25),
+                                   (362 * 1.5 ** 0.5 / 1.5, 192 - 192 * 0.25 / 2.25))]:
+            path = re.search(r'class="c1" d="M(.*?) "', ARTICLES[name])[1]
+            points = [tuple(map(float, point.split())) for point in path.split('L')]
+            self.assertAlmostEqual(points[0][0], first[0], delta=0.2)
+            self.assertGreater(points[0][1], first[1] - 1)
+            if last:
+                self.assertAlmostEqual(points[-1][0], last[0], delta=0.2)
+                self.assertAlmostEqual(points[-1][1], last[1], delta=1)
+
     def test_histograms_have_the_shape_of_their_distributions(self):
         # 60 bins on 362 from -1.5 to 1.5, the axis at 192: uniform from -1 to 1, normal about 0.
         uniform, normal = ([(float(x), 192 - float(y)) for x, y in re.findall(r'M([\d.]+) 192V([\d.]+)h', bars)]
