@@ -79,20 +79,22 @@ class Browser:
         return picture
 
 
-# Texts on their backgrounds: the least contrast of each kind, as WCAG has it.
+# Every text in sight on its background, and what stands in an empty field: the least contrast, as WCAG has it.
 CONTRAST = '''(() => {
   const parts = (colour) => colour.match(/[\\d.]+/g).map(Number);
   const light = (colour) => parts(colour).slice(0, 3).map((c) => c / 255)
     .map((c) => c <= 0.04045 ? c / 12.92 : ((c + 0.055) / 1.055) ** 2.4)
     .reduce((sum, c, i) => sum + c * [0.2126, 0.7152, 0.0722][i], 0);
-  const back = (part) => !part ? 'rgb(255,255,255)' : (parts(getComputedStyle(part).backgroundColor)[3] ?? 1) > 0
+  const back = (part) => (parts(getComputedStyle(part).backgroundColor)[3] ?? 1) > 0
     ? getComputedStyle(part).backgroundColor : back(part.parentElement);
-  return ['p', 'h1', 'h3', '.see a', '.type', 'td:nth-child(3)', 'th', '.edges code', 'samp', 'figcaption',
-          'summary', 'nav .group', 'kbd', '#search'].map((kind) => {
-    const part = document.querySelector('main ' + kind) ?? document.querySelector(kind);
-    const [a, b] = [light(getComputedStyle(part).color), light(back(part))].sort();
-    return [kind, (b + 0.05) / (a + 0.05)];
-  });
+  const texts = [...document.querySelectorAll('body :not(option, script)')].filter((part) => part.checkVisibility()
+    && [...part.childNodes].some((node) => node.nodeType === Node.TEXT_NODE && node.data.trim()));
+  const pairs = texts.map((part) => [part, getComputedStyle(part)[part.matches('svg *') ? 'fill' : 'color']])
+    .concat([[arguments[0], getComputedStyle(arguments[0], '::placeholder').color]]);
+  return pairs.map(([part, colour]) => {
+    const [a, b] = [light(colour), light(back(part))].sort((x, y) => x - y);
+    return [(b + 0.05) / (a + 0.05), part.outerHTML.slice(0, 80)];
+  }).sort(([a], [b]) => a - b)[0].concat(pairs.length);
 })()'''
 
 
@@ -209,8 +211,12 @@ class InABrowser(unittest.TestCase):
         backs = []
         for scheme in ('light', 'dark'):
             self.browser.show(DESKTOP, scheme)
-            for kind, contrast in self.browser.run(CONTRAST):
-                self.assertGreaterEqual(contrast, 4.5, f'{kind}, {scheme}')
+            for hash in ('', '#Slerp', '#Nope', '#q=noise'):
+                self.browser.open(hash)
+                search = self.browser.run('document.getElementById("search")')
+                contrast, text, count = self.browser.run(CONTRAST, search)
+                self.assertGreaterEqual(contrast, 4.5, f'{text} on {hash}, {scheme}')
+                self.assertGreater(count, 30)
             backs.append(self.browser.run(back))
         self.assertNotEqual(*backs)
         self.browser.screenshot('dark')
