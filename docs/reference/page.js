@@ -1,7 +1,7 @@
 // Search as you type, links into the page, the copy buttons and the theme. Without it the page is for reading.
 'use strict';
 const byId = (id) => document.getElementById(id);
-const search = byId('search'), type = byId('type'), results = byId('results'), found = byId('found');
+const search = byId('search'), type = byId('type'), results = byId('results'), found = byId('found'), missing = byId('missing');
 
 const nodes = [...document.querySelectorAll('article')].map((article) => {
   const split = article.id.replace(/([a-z\d])([A-Z])/g, '$1 $2').toLowerCase();
@@ -52,6 +52,7 @@ function show() {
     return item;
   }));
   results.hidden = found.hidden = !isSearch;
+  missing.hidden = true;
   for (const part of [byId('index'), byId('intro'), ...document.querySelectorAll('section')]) part.hidden = isSearch;
   byId('count').textContent = !isSearch ? '' : hits.length === 0 ? 'No node matches. Esc clears the search.'
     : `${hits.length} of ${nodes.length} nodes`;
@@ -71,25 +72,81 @@ function clear() {
   show();
 }
 
+// A text as it stands in a link; one that was cut or never encoded is taken as it is.
+function decoded(text) {
+  try {
+    return decodeURIComponent(text);
+  } catch {
+    return text;
+  }
+}
+
+// How many letters must be put in, taken out, exchanged, or swapped with the next, to make one word of the other.
+function edits(a, b) {
+  const count = [];
+  for (let i = 0; i <= a.length; ++i) {
+    count.push([]);
+    for (let j = 0; j <= b.length; ++j) {
+      const isSwapped = i > 1 && j > 1 && a[i - 1] === b[j - 2] && a[i - 2] === b[j - 1];
+      count[i].push(i === 0 || j === 0 ? i + j : Math.min(
+        count[i - 1][j] + 1, count[i][j - 1] + 1, count[i - 1][j - 1] + (a[i - 1] === b[j - 1] ? 0 : 1),
+        isSwapped ? count[i - 2][j - 2] + 1 : Infinity));
+    }
+  }
+  return count[a.length][b.length];
+}
+
+// Says that a link leads nowhere, and where it may have wanted to lead: the nearest of the places, with how far each is.
+function report(what, text, places) {
+  const near = places.filter(({ far }) => far < Infinity).sort((a, b) => a.far - b.far).slice(0, 3);
+  const links = near.map(({ href, name }) => Object.assign(document.createElement('a'), { href, textContent: name }));
+  missing.replaceChildren(`There is no ${what} “${text.slice(0, 60)}${text.length > 60 ? '…' : ''}”`,
+    ...links.flatMap((link, i) => [i === 0 ? '; did you mean ' : i < links.length - 1 ? ', ' : ' or ', link]),
+    links.length > 0 ? '?' : '.');
+  missing.hidden = false;
+  missing.focus({ preventScroll: true });
+  window.scrollTo(0, 0);
+}
+
+// How unlike a name a word is; half of it may be wrong, or its end may be missing.
+function unlike(word, name) {
+  if (name.startsWith(word)) return 1;
+  const count = edits(word.slice(0, 60), name);
+  return count <= Math.max(2, word.length / 2) ? count : Infinity;
+}
+
 // "#Slerp", "#add_float3" and "#NodusAdd_Float3_Solve" lead to a node, "#q=noise&type=Float2" to a search.
 function follow() {
-  const hash = decodeURIComponent(location.hash.slice(1));
-  if (hash.includes('=')) {
-    const query = new URLSearchParams(hash);
+  const hash = location.hash.slice(1), query = new URLSearchParams(hash);
+  clear();
+  if (query.has('q') || query.has('type')) {
+    const wanted = query.get('type') ?? '', types = [...type.options].map((option) => option.value);
     search.value = query.get('q') ?? '';
-    type.value = query.get('type') ?? '';
+    type.value = types.includes(wanted) ? wanted : '';
     show();
     window.scrollTo(0, 0);
+    if (type.value !== wanted) {
+      report('type', wanted, types.slice(1).map((name) =>
+        ({ name, href: '#type=' + name, far: unlike(wanted.toLowerCase(), name.toLowerCase()) })));
+    }
     return;
   }
-  const wanted = hash.toLowerCase();
+  const text = decoded(hash), wanted = text.toLowerCase();
   const node = nodes.find(({ name, kernels }) =>
     name === wanted || kernels.includes(wanted) || kernels.includes(`nodus${wanted}_solve`));
-  clear();
-  const target = node ? node.article : byId(hash || 'nodes');
-  if (target && hash) target.scrollIntoView();
-  if (target) target.focus({ preventScroll: true });
-  if (!hash) window.scrollTo(0, 0);
+  const target = node ? node.article : document.querySelector(`:is(main, section)#${CSS.escape(text || 'nodes')}`);
+  if (target) {
+    if (hash) target.scrollIntoView();
+    target.focus({ preventScroll: true });
+    if (!hash) window.scrollTo(0, 0);
+    return;
+  }
+  const word = wanted.replace(/^nodus/, '').replace(/_.*/, '');
+  report('node', text, nodes.map((near) => ({
+    name: near.article.id, href: '#' + near.article.id,
+    // What a search finds comes first, then what is written alike.
+    far: word === '' ? Infinity : Math.min(distance(near, word), 10 + unlike(word, near.name)),
+  })));
 }
 
 search.addEventListener('input', searched);

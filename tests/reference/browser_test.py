@@ -173,6 +173,32 @@ class InABrowser(unittest.TestCase):
         self.browser.run('history.back()')
         self.shows_everything()
 
+    def test_links_that_lead_nowhere_say_what_is_near(self):
+        told = 'document.getElementById("missing")'
+        for hash, text, near in [('Nope', 'no node “Nope”', 'Not'),
+                                 ('nodusslrep_quat_solve', 'no node “nodusslrep_quat_solve”', 'Slerp'),
+                                 ('remap', 'no node “remap”', 'Rescale'),
+                                 ('%E0%A4%A', 'no node “%E0%A4%A”', None), ('results', 'no node “results”', None),
+                                 ('x%3Cb%3Ey' * 20, 'no node “x<b>yx<b>', None),
+                                 ('type=Quat', 'no type “Quat”', 'Quaternion')]:
+            with self.subTest(hash):
+                self.browser.open('#' + hash)
+                self.soon(told + '.checkVisibility()', True)
+                self.assertIn(text, self.browser.run(told + '.textContent'))
+                links = self.browser.run(f'[...{told}.querySelectorAll("a")].map((link) => link.textContent)')
+                self.assertLessEqual(len(links), 3)
+                self.assertEqual(near, links[0] if links else None)
+                self.shows_everything()
+        self.browser.open('#Nope')
+        self.soon('document.activeElement.id', 'missing')
+        self.browser.click('#missing a')
+        self.leads_to('Not')
+        self.assertFalse(self.browser.run(told + '.checkVisibility()'))
+        # What is no text in a link may be one of a search.
+        for hash, value in [('q=50%', '50%'), ('q=a%26b', 'a&b')]:
+            self.browser.open('#' + hash)
+            self.soon('document.getElementById("search").value', value)
+
     def test_keys_move_through_the_results(self):
         focus = 'document.activeElement.textContent || document.activeElement.id'
         self.browser.keys('/log')
