@@ -21,12 +21,6 @@ compile() {
         -I"$source/runtime/include" -I"$source/modules" -I"$source/modules/nodusmath" "$@"
 }
 
-blocks host_and_module.md cpp host
-compile -w "$scratch/host.1" -o "$scratch/host" -L"$build/lib" -lcompute_runtime \
-    -Wl,-rpath,"$build/lib"
-said=$("$scratch/host" "$build/lib/libnodusmath.so")
-[ "$said" = "10 20 30" ] || fail "the host of docs/host_and_module.md says '$said'"
-
 blocks adding_a_family.md cpp family
 compile -Werror -fsyntax-only "$scratch/family.1" || fail "the kernels of docs/adding_a_family.md"
 blocks block_layout.md cpp layout
