@@ -123,7 +123,7 @@ private:
         kept.outcome = m_first;
     }
 
-    // Two threads go through the kept inputs, one forth and one back.
+    // Two threads go through the kept inputs, one of them in reverse order.
     void tryOnThreads()
     {
         struct Finding {
