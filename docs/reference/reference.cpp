@@ -49,9 +49,9 @@ void write(std::string const& modulePath, std::string const& folder, std::string
     host::Module const module(modulePath);
     host::Module const* const modules[] = {&module};
     host::Catalogue const catalogue(modules);
-    host::Diagnostics diagnostics;
-    auto const notes = host::readJsonFile(folder + "/nodes.json", diagnostics);
-    diagnostics.throwIfAny();
+    host::FileFaults faults(folder + "/nodes.json");
+    auto const notes = host::readJsonFile(folder + "/nodes.json", faults);
+    faults.throwIfAny();
     auto const content = reference::contentOf(catalogue, *notes, "nodes.json");
     std::string const page = filled(readText(folder + "/page.html"), "page.html",
                                     {{"style", readText(folder + "/page.css")},

@@ -52,6 +52,21 @@ void Diagnostics::throwIfAny() const
         throw Fault(m_lines);
 }
 
+void FileFaults::moveTo(Diagnostics& diagnostics)
+{
+    std::ranges::stable_sort(m_faults, {}, &Placed::line);
+    for (auto const& [line, text] : m_faults)
+        diagnostics.add(m_origin + (line == 0 ? "" : ":" + std::to_string(line)) + ": " + text);
+    m_faults.clear();
+}
+
+void FileFaults::throwIfAny()
+{
+    Diagnostics diagnostics;
+    moveTo(diagnostics);
+    diagnostics.throwIfAny();
+}
+
 std::string systemError(int number) { return std::generic_category().message(number); }
 
 std::string printable(std::string_view text)
@@ -83,14 +98,14 @@ std::string inQuotes(std::string_view text)
            (text.size() > kMost ? "...'" : "'");
 }
 
-std::string alternatives(std::vector<std::string_view> const& names)
+std::string alternatives(std::vector<std::string_view> const& names, std::string_view word)
 {
     constexpr std::size_t kMost = 8;
     std::string text;
     std::size_t const shown = std::min(names.size(), kMost);
     for (std::size_t i = 0; i < shown; ++i) {
         if (i != 0)
-            text += i + 1 == names.size() ? " or " : ", ";
+            text += i + 1 == names.size() ? " " + std::string(word) + " " : ", ";
         text += names[i];
     }
     return names.size() > kMost ? text + ", ..." : text;

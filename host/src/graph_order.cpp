@@ -98,13 +98,13 @@ std::string describe(Graph const& graph, std::vector<std::size_t> const& cycle)
 
 }  // namespace
 
-void orderGraph(Graph& graph, std::string const& origin, Diagnostics& diagnostics)
+void orderGraph(Graph& graph, FileFaults& faults)
 {
     graph.order.clear();
     Ordering ordering(graph);
     ordering.run(graph.order);
     for (auto cycle = ordering.takeCycle(); !cycle.empty(); cycle = ordering.takeCycle()) {
-        diagnostics.add(origin + ": " + describe(graph, cycle));
+        faults.add(graph.nodes[cycle.front()].line, describe(graph, cycle));
         ordering.run(graph.order);
     }
 }

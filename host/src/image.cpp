@@ -55,20 +55,25 @@ std::uint8_t channelOf(float value, ValueRange map)
     return static_cast<std::uint8_t>(std::lround(cut * 255.0f));
 }
 
-PlanOutput const& onlyPicture(Plan const& plan)
+template <typename Output> std::string whyNoPictureOf(std::vector<Output> const& outputs)
 {
-    auto const isPicture = [](PlanOutput const& output) {
-        return output.type->id == TypeId::Float || output.type->id == TypeId::Color ||
-               output.type->id == TypeId::Float4;
+    auto const isPicture = [](ValueType const& type) {
+        return type.id == TypeId::Float || type.id == TypeId::Color || type.id == TypeId::Float4;
     };
-    if (plan.outputs.size() == 1 && isPicture(plan.outputs[0]))
-        return plan.outputs[0];
-    std::string found = plan.outputs.empty() ? "none" : "";
-    for (PlanOutput const& output : plan.outputs)
+    if (outputs.size() == 1 && isPicture(*outputs[0].type))
+        return {};
+    std::string found = outputs.empty() ? "none" : "";
+    for (Output const& output : outputs)
         found +=
             (found.empty() ? "" : ", ") + output.name + " (" + std::string(output.type->name) + ")";
-    throw Fault("an image wants one output that is a Float, a Color or a Float4; the graph has " +
-                found);
+    return "an image wants one output that is a Float, a Color or a Float4; the graph has " + found;
+}
+
+PlanOutput const& onlyPicture(Plan const& plan)
+{
+    if (std::string const why = whyNoPictureOf(plan.outputs); !why.empty())
+        throw Fault(why);
+    return plan.outputs[0];
 }
 
 class Renderer {
@@ -174,6 +179,8 @@ ValueRange parseValueRange(std::string_view text)
                     "'");
     return {ends->first, ends->second};
 }
+
+std::string whyNoPicture(Graph const& graph) { return whyNoPictureOf(graph.outputs); }
 
 void renderImage(Plan const& plan, ImageOptions const& options, OutputFile& file)
 {

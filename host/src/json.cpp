@@ -6,6 +6,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <unordered_set>
 
@@ -16,16 +18,80 @@ namespace {
 // Graphs need six; what follows the reader may recurse this deep without a thought.
 constexpr std::size_t kDeepest = 64;
 constexpr std::size_t kLongestMessage = 400;
+constexpr int kNumberOverflow = 406;  // as the library numbers its errors
 constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 
-using Json = nlohmann::json;
+// Numbers are read in the widest type there is, and then taken as they were written: 1e999 is for
+// the reader of a graph to refuse, who knows the port that it goes to.
+using Json = nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t,
+                                  std::uint64_t, long double>;
+
+// Where in the text the parser is; it does not tell by itself.
+class Cursor {
+public:
+    Cursor(std::string_view text, std::size_t line)
+        : m_end(text.data() + text.size()), m_reached(text.data()), m_counted(text.data()),
+          m_lineStart(text.data()), m_line(line)
+    {
+    }
+
+    // An iterator over the text that takes the cursor with it.
+    class Iterator {
+    public:
+        using iterator_category = std::input_iterator_tag;
+        using value_type = char;
+        using difference_type = std::ptrdiff_t;
+        using pointer = char const*;
+        using reference = char const&;
+
+        Iterator(Cursor& cursor, char const* at) : m_cursor(&cursor), m_at(at) {}
+        reference operator*() const { return *m_at; }
+        Iterator& operator++()
+        {
+            m_cursor->m_reached = ++m_at;
+            return *this;
+        }
+        bool operator==(Iterator const& other) const { return m_at == other.m_at; }
+
+    private:
+        Cursor* m_cursor;
+        char const* m_at;
+    };
+    Iterator begin() { return {*this, m_reached}; }
+    Iterator end() { return {*this, m_end}; }
+
+    // Of what was read last. The end of a number is seen by the character behind it, which may be
+    // that of the next line; nothing else ends with a line.
+    std::size_t line()
+    {
+        while (m_reached - m_counted > 1) {
+            auto const* const end = static_cast<char const*>(
+                std::memchr(m_counted, '\n', static_cast<std::size_t>(m_reached - m_counted - 1)));
+            m_counted = end == nullptr ? m_reached - 1 : end + 1;
+            if (end == nullptr)
+                break;
+            m_lineStart = m_counted;
+            ++m_line;
+        }
+        return m_line;
+    }
+
+    // The same within its line, counted from 1.
+    std::size_t column()
+    {
+        line();
+        return static_cast<std::size_t>(std::max(m_reached - m_lineStart, std::ptrdiff_t{1}));
+    }
+
+private:
+    // The ends of lines up to m_counted are counted.
+    char const *m_end, *m_reached, *m_counted, *m_lineStart;
+    std::size_t m_line;
+};
 
 class Builder : public nlohmann::json_sax<Json> {
 public:
-    Builder(std::string const& origin, Diagnostics& diagnostics)
-        : m_origin(origin), m_diagnostics(diagnostics)
-    {
-    }
+    Builder(Cursor& cursor, FileFaults& faults) : m_cursor(cursor), m_faults(faults) {}
 
     JsonValue root;
 
@@ -48,7 +114,7 @@ public:
             return number_integer(static_cast<std::int64_t>(value));
         return real(std::to_string(value));
     }
-    bool number_float(double, std::string const& text) override { return real(text); }
+    bool number_float(long double, std::string const& text) override { return real(text); }
     bool string(std::string& value) override
     {
         JsonValue made{JsonValue::Kind::text};
@@ -61,15 +127,17 @@ public:
     bool key(std::string& key) override
     {
         m_open.back()->keys.emplace_back(key.data(), key.size());
+        m_keyLine = m_cursor.line();
         return true;
     }
     bool end_object() override
     {
+        JsonValue const& object = *m_open.back();
         std::unordered_set<std::string_view> seen, told;
-        for (std::string_view const key : m_open.back()->keys)
-            if (!seen.insert(key).second && told.insert(key).second)
-                m_diagnostics.add(m_origin + ": " + place() + " has two members named " +
-                                  inQuotes(key));
+        for (std::size_t i = 0; i < object.keys.size(); ++i)
+            if (!seen.insert(object.keys[i]).second && told.insert(object.keys[i]).second)
+                m_faults.add(object.items[i].line,
+                             place() + " has two members named " + inQuotes(object.keys[i]));
         m_open.pop_back();
         return true;
     }
@@ -83,17 +151,20 @@ public:
     bool parse_error(std::size_t, std::string const& last,
                      nlohmann::detail::exception const& error) override
     {
-        // "[json.exception.parse_error.101] parse error at line 1, column 2: syntax error ..."
+        std::string const column = "column " + std::to_string(m_cursor.column()) + ": ";
         std::string_view what = error.what();
-        if (auto const tag = what.find("] "); tag != what.npos)
-            what.remove_prefix(tag + 2);
-        if (what.starts_with("parse error at "))
-            what.remove_prefix(std::string_view("parse error at ").size());
-        (void)last;
+        if (error.id == kNumberOverflow) {
+            m_faults.add(m_cursor.line(), column + place(1) + ": " + inQuotes(last) +
+                                              " is beyond every type of number");
+            return false;
+        }
+        // "[json.exception.parse_error.101] parse error at line 1, column 2: syntax error ..."
+        if (auto const colon = what.find(": "); colon != what.npos)
+            what.remove_prefix(colon + 2);
         // It quotes what was read last, of whatever length.
         if (what.find("ill-formed UTF-8") != what.npos)
             what = what.substr(0, what.find("; last read"));
-        m_diagnostics.add(m_origin + ": " + shortened(what, kLongestMessage));
+        m_faults.add(m_cursor.line(), column + shortened(what, kLongestMessage));
         return false;
     }
 
@@ -107,6 +178,8 @@ private:
 
     JsonValue& add(JsonValue&& value)
     {
+        bool const isMember = !m_open.empty() && m_open.back()->is(JsonValue::Kind::object);
+        value.line = static_cast<std::uint32_t>(isMember ? m_keyLine : m_cursor.line());
         if (m_open.empty())
             return root = std::move(value);
         return m_open.back()->items.emplace_back(std::move(value));
@@ -122,27 +195,28 @@ private:
     bool open(JsonValue::Kind kind)
     {
         if (m_open.size() == kDeepest) {
-            m_diagnostics.add(m_origin + ": nested deeper than " + std::to_string(kDeepest) +
-                              " levels");
+            m_faults.add(m_cursor.line(),
+                         "nested deeper than " + std::to_string(kDeepest) + " levels");
             return false;
         }
         m_open.push_back(&add(JsonValue{kind}));
         return true;
     }
 
-    // The path of the innermost object: "'nodes.spin'".
-    std::string place() const
+    // The path of the innermost object: "'nodes.spin'"; with its last key, of what is read there.
+    std::string place(std::size_t keys = 0) const
     {
         std::string path;
-        for (std::size_t i = 0; i + 1 < m_open.size(); ++i)
+        for (std::size_t i = 0; i + 1 < m_open.size() + keys; ++i)
             if (m_open[i]->is(JsonValue::Kind::object))
                 path += (path.empty() ? "" : ".") + shortened(m_open[i]->keys.back(), 80);
         return path.empty() ? "the outermost object" : "'" + path + "'";
     }
 
-    std::string const& m_origin;
-    Diagnostics& m_diagnostics;
+    Cursor& m_cursor;
+    FileFaults& m_faults;
     std::vector<JsonValue*> m_open;
+    std::size_t m_keyLine = 0;
 };
 
 std::string readFile(std::string const& path)
@@ -190,7 +264,7 @@ std::string JsonValue::describe() const
     case Kind::real:
         return text;
     case Kind::text:
-        return "the text '" + (text.size() > 40 ? text.substr(0, 40) + "..." : text) + "'";
+        return "the text " + inQuotes(text);
     case Kind::array:
         return "an array of " + std::to_string(items.size());
     case Kind::object:
@@ -199,23 +273,18 @@ std::string JsonValue::describe() const
     return "nothing";
 }
 
-std::optional<JsonValue> parseJson(std::string_view text, std::string const& origin,
-                                   Diagnostics& diagnostics)
+std::optional<JsonValue> parseJson(std::string_view text, FileFaults& faults, std::size_t line)
 {
-    Builder builder(origin, diagnostics);
-    if (!Json::sax_parse(text.begin(), text.end(), &builder))
+    Cursor cursor(text, line);
+    Builder builder(cursor, faults);
+    if (!Json::sax_parse(cursor.begin(), cursor.end(), &builder))
         return std::nullopt;
     return std::move(builder.root);
 }
 
-std::optional<JsonValue> readJsonFile(std::string const& path, Diagnostics& diagnostics)
+std::optional<JsonValue> readJsonFile(std::string const& path, FileFaults& faults)
 {
-    try {
-        return parseJson(readFile(path), path, diagnostics);
-    } catch (Fault const& fault) {
-        diagnostics.add(fault);
-        return std::nullopt;
-    }
+    return parseJson(readFile(path), faults);
 }
 
 }  // namespace nodus::host

@@ -223,9 +223,10 @@ JsonValue literalFromArgument(std::string_view argument, ValueType const& type)
         return literal;
     }
     if (argument.starts_with('[') || argument.starts_with('{') || argument.starts_with('"')) {
-        Diagnostics diagnostics;
-        auto parsed = parseJson(argument, inQuotes(argument), diagnostics);
-        diagnostics.throwIfAny();
+        FileFaults faults({});
+        auto parsed = parseJson(argument, faults);
+        if (!faults.empty())
+            throw Fault(inQuotes(argument) + " is no JSON: " + faults.faults().front().text);
         return std::move(*parsed);
     }
     auto const word = [](std::string_view text) {

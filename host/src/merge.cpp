@@ -147,9 +147,9 @@ private:
 
     void readMembers()
     {
-        Diagnostics diagnostics;
-        auto const object = parseJson(m_line.text, place(), diagnostics);
-        diagnostics.throwIfAny();
+        FileFaults faults(m_path);
+        auto const object = parseJson(m_line.text, faults, m_line.number);
+        faults.throwIfAny();
         m_names = object->keys;
     }
 

@@ -4,6 +4,7 @@
 
 #include "nodus/runtime/KernelTable.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 
@@ -44,6 +45,13 @@ std::string replaced(std::string text, std::string const& from, std::string cons
     return text.replace(at, from.size(), to);
 }
 
+int lineOf(std::string const& text, std::string const& what)
+{
+    return 1 +
+           static_cast<int>(std::count(
+               text.begin(), text.begin() + static_cast<std::ptrdiff_t>(text.find(what)), '\n'));
+}
+
 }  // namespace
 
 TEST(Module, OneNameInTwoModulesNamesBothFiles)
@@ -65,20 +73,17 @@ TEST(Catalogue, AgreesWithTheModule)
 {
     std::string const text = builtCatalogue();
     EXPECT_EQ(faultsWith(text), "");
+    std::string const atDiv =
+        "nodusmath.json:" + std::to_string(lineOf(text, R"("name": "Div")") - 1);
     std::string describes, lacks;
     for (char const* const type : {"Float", "Int32", "UInt32", "UInt8"}) {
-        describes += std::string("nodusmath.json: describes NodusDib_") + type +
+        describes += atDiv + std::string(": describes NodusDib_") + type +
                      "_Solve, which libnodusmath.so does not register\n";
         lacks += std::string("nodusmath.json: does not describe NodusDiv_") + type +
                  "_Solve, which libnodusmath.so registers\n";
     }
     EXPECT_EQ(faultsWith(replaced(text, R"("name": "Div")", R"("name": "Dib")")),
-              describes + lacks);
-    EXPECT_EQ(faultsWith(replaced(text, R"("name": "scalar", "type": "Float")",
-                                  R"("name": "scalar", "type": "Flaot")"))
-                  .substr(0, 88),
-              "nodusmath.json: 'MultiplyByScalar_Float2', port 'scalar': there is no value type "
-              "'Flaot'");
-    EXPECT_TRUE(faultsWith("{").starts_with("nodusmath.json: line 1, column 2: "));
+              lacks + describes);
+    EXPECT_TRUE(faultsWith("{").starts_with("nodusmath.json:1: column 1: "));
     EXPECT_EQ(faultsWith(""), "cannot read nodusmath.json: No such file or directory\n");
 }

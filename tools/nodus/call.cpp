@@ -37,8 +37,13 @@ void setInput(host::GraphNode& node, std::string const& argument)
                           host::alternatives(names));
     }
     host::Value value = port->standard;
-    std::string const wrong =
-        host::readValue(host::literalFromArgument(argument.substr(equals + 1), *port->type), value);
+    std::string wrong;
+    try {
+        wrong = host::readValue(host::literalFromArgument(argument.substr(equals + 1), *port->type),
+                                value);
+    } catch (host::Fault const& fault) {
+        wrong = fault.what();
+    }
     if (!wrong.empty())
         throw host::Fault("input '" + name + "': " + wrong);
     std::memcpy(node.constants.data() + port->offset, value.bytes.data(), port->type->size);

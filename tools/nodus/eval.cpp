@@ -63,6 +63,11 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
     host::Graph const graph =
         host::readGraph(options.graph, environment.catalogue(), {"", nullptr, true}, diagnostics);
     diagnostics.throwIfAny();
+    if (std::string const why = host::whyNoPicture(graph); !why.empty()) {
+        host::FileFaults faults(options.graph);
+        faults.add(graph.outputsLine, why);
+        faults.throwIfAny();
+    }
 
     host::Plan const plan = host::compile(graph);
     auto file = host::OutputFile::open(options.image);

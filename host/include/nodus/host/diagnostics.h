@@ -1,6 +1,7 @@
 // Faults in words: every fault is one line, and all faults that can be found are told at once.
 #pragma once
 
+#include <cstddef>
 #include <exception>
 #include <string>
 #include <string_view>
@@ -37,6 +38,31 @@ private:
     std::vector<std::string> m_lines;
 };
 
+// The faults of one text, a file as a rule, each with the line at which it stands.
+class FileFaults {
+public:
+    struct Placed {
+        std::size_t line;  // counted from 1; 0 where the text as a whole is meant
+        std::string text;
+    };
+
+    // origin: what the text is called in messages.
+    explicit FileFaults(std::string origin) : m_origin(std::move(origin)) {}
+
+    void add(std::size_t line, std::string text) { m_faults.push_back({line, std::move(text)}); }
+    std::vector<Placed> const& faults() const { return m_faults; }
+    bool empty() const { return m_faults.empty(); }
+
+    // As "graph.json:12: text", in the order of the lines; those of one line in the order in which
+    // they were found.
+    void moveTo(Diagnostics& diagnostics);
+    void throwIfAny();
+
+private:
+    std::string m_origin;
+    std::vector<Placed> m_faults;
+};
+
 // What went wrong in a system call, in words: "No space left on device".
 std::string systemError(int number);
 
@@ -49,8 +75,9 @@ std::string shortened(std::string_view text, std::size_t most);
 // Input in a message: in quotes, the beginning of a long one.
 std::string inQuotes(std::string_view text);
 
-// "a, b or c"; nothing for an empty list. At most eight are named.
-std::string alternatives(std::vector<std::string_view> const& names);
+// "a, b or c"; nothing for an empty list. At most eight are named. The last two may be joined by
+// another word.
+std::string alternatives(std::vector<std::string_view> const& names, std::string_view word = "or");
 
 // The known name nearest to a misspelt one, if any is near: "; did you mean 'axis'?", else nothing.
 template <typename Names> std::string didYouMean(std::string_view wrong, Names const& known);

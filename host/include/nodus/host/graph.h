@@ -31,6 +31,7 @@ struct GraphNode {
     std::vector<std::byte> constants;                        // the input block, texts left out
     std::vector<std::pair<std::size_t, std::string>> texts;  // the constant texts, by offset
     std::vector<Feed> feeds;
+    std::size_t line = 0;  // of its file, where it begins; 0 when it is of no file
 };
 
 // A port, a lane or a part that the graph lists.
@@ -46,6 +47,7 @@ struct Graph {
     std::vector<std::size_t>
         order;  // each node after those it takes from; else as the file has them
     std::vector<GraphOutput> outputs;
+    std::size_t outputsLine = 0;       // of its file, where they are listed; 0 when they are not
     std::vector<std::string> columns;  // what the index of a column means
 };
 
@@ -63,8 +65,9 @@ struct GraphSurroundings {
     bool anyColumn = false;                             // without a table: looked at, not evaluated
 };
 
-// Reads a graph file. Every fault of the file is added to the diagnostics, one line each, in the
-// order of the file; the graph is of use only when none was added. The catalogue outlives it.
+// Reads a graph file. Every fault of the file is added to the diagnostics, one line each, with the
+// line of the file and in the order of these; the graph is of use only when none was added. The
+// catalogue outlives it.
 Graph readGraph(std::string const& path, Catalogue const& catalogue,
                 GraphSurroundings const& surroundings, Diagnostics& diagnostics);
 
@@ -73,6 +76,6 @@ Graph parseGraph(std::string_view text, std::string const& origin, Catalogue con
                  GraphSurroundings const& surroundings, Diagnostics& diagnostics);
 
 // Fills graph.order. A fault for each cycle, with the nodes in it.
-void orderGraph(Graph& graph, std::string const& origin, Diagnostics& diagnostics);
+void orderGraph(Graph& graph, FileFaults& faults);
 
 }  // namespace nodus::host

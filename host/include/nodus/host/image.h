@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 namespace nodus::host {
@@ -29,6 +30,9 @@ struct ImageOptions {
     std::int32_t frame = 0;
     std::size_t threads = 1;
 };
+
+// Why no picture can be made of what the graph lists; empty when one can.
+std::string whyNoPicture(Graph const& graph);
 
 // Writes the plan's one output as a PNG picture of 8 bits a channel: a Float in grey, a Color or
 // Float4 with its fourth lane, which no map touches, as alpha. Values beyond the map's ends are

@@ -21,6 +21,7 @@ struct JsonValue {
 
     Kind kind = Kind::null;
     bool boolean = false;
+    std::uint32_t line = 0;  // where it begins, a member with its name; 0 when it is of no text
     std::int64_t integer = 0;
     std::string text;               // of a text; of a real, the number as it was written
     std::vector<std::string> keys;  // of an object, one for each item
@@ -36,13 +37,13 @@ struct JsonValue {
     std::string describe() const;
 };
 
-// Reads a text as JSON. Faults, with the origin in front of each: what is wrong at which line and
-// column (then there is nothing to return), and every key that one object has twice. A number
-// beyond any double is a fault.
-std::optional<JsonValue> parseJson(std::string_view text, std::string const& origin,
-                                   Diagnostics& diagnostics);
+// Reads a text as JSON; line is the number of its first one. Faults: what is wrong at which line
+// and column (then there is nothing to return), and every key that one object has twice. Numbers
+// are kept as they are written; one that no floating-point type could hold, 1e5000 for one, is a
+// fault.
+std::optional<JsonValue> parseJson(std::string_view text, FileFaults& faults, std::size_t line = 1);
 
-// The same for a file of at most one gigabyte.
-std::optional<JsonValue> readJsonFile(std::string const& path, Diagnostics& diagnostics);
+// The same for a file of at most one gigabyte. Throws Fault when it cannot be read.
+std::optional<JsonValue> readJsonFile(std::string const& path, FileFaults& faults);
 
 }  // namespace nodus::host

@@ -33,7 +33,7 @@ std::string readNumber(std::string_view text, ValueType const& type, std::byte* 
 std::string valueText(ValueType const& type, std::byte const* bytes, std::string_view text);
 
 // A command line's value: JSON, or lanes with commas between them ("1,2,3"), or for a String port
-// the text as it is.
+// the text as it is. Throws Fault when it is broken JSON.
 JsonValue literalFromArgument(std::string_view argument, ValueType const& type);
 
 }  // namespace nodus::host
