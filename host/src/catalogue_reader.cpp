@@ -1,6 +1,8 @@
 // Reading catalogues: families to node types, node types to kernels.
 #include "catalogue_reader.h"
 
+#include "catalogue_shape.h"
+
 #include "nodus/host/literals.h"
 
 #include <algorithm>
@@ -52,6 +54,7 @@ void CatalogueReader::read(JsonValue const& root)
         m_faults.add(root.line, "wants an array 'families'");
         return;
     }
+    checkOutermost(root, m_faults);
     for (JsonValue const& family : families->items)
         if (family.is(Kind::object))
             readFamily(family);
@@ -68,11 +71,15 @@ void CatalogueReader::readFamily(JsonValue const& json)
     family.group = textMember(json, "group");
     family.doc = textMember(json, "doc");
     family.edges = textMember(json, "edges");
+    family.searchWords = textList(json, "searchWords");
     family.dependsOn = textList(json, "dependsOn");
     if (JsonValue const* const may = json.member("mayKeepOutputs"))
         family.mayKeepOutputs = may->boolean;
     if (JsonValue const* const may = json.member("mayDivideByZero"))
         family.mayDivideByZero = may->boolean;
+    std::size_t const faultsBefore = m_faults.faults().size();
+    checkFamily(json, "family " + inQuotes(family.name), m_faults);
+    m_familyIsSound = m_faults.faults().size() == faultsBefore;
     if (family.name.empty()) {
         m_faults.add(json.line,
                      "family " + std::to_string(m_catalogue.m_families.size()) + " wants a 'name'");
@@ -105,7 +112,7 @@ void CatalogueReader::readNodeType(JsonValue const& json, Family& family, std::s
     else
         m_faults.add(json.line, "'" + type.name + "' is described twice");
     // What is known of a node type with a fault may be wrong: nobody shall call it.
-    if (m_faults.faults().size() != faultsBefore) {
+    if (!m_familyIsSound || m_faults.faults().size() != faultsBefore) {
         type.solve = nullptr;
         type.solveWithWorkspace = nullptr;
         type.init = nullptr;

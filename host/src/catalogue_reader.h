@@ -36,6 +36,7 @@ private:
     FileFaults& m_faults;
     std::unordered_map<std::string_view, Kernel const*> m_kernels;
     std::unordered_set<std::string_view> m_described;
+    bool m_familyIsSound = true;  // the one that is read now: nothing in it is misspelt
 };
 
 }  // namespace nodus::host

@@ -87,3 +87,37 @@ TEST(Catalogue, AgreesWithTheModule)
     EXPECT_TRUE(faultsWith("{").starts_with("nodusmath.json:1: column 1: "));
     EXPECT_EQ(faultsWith(""), "cannot read nodusmath.json: No such file or directory\n");
 }
+
+TEST(Catalogue, WhatNobodyReadsIsAFaultAtEveryLevel)
+{
+    std::string const text = builtCatalogue();
+    struct Row {
+        char const *from, *to, *told;
+    } const rows[] = {
+        {R"("module": ")", R"("modul": ")", "unknown member 'modul'; did you mean 'module'?"},
+        {R"("edges": ")", R"("edgez": ")",
+         "family 'Abs': unknown member 'edgez'; did you mean 'edges'?"},
+        {R"("default": 1e-06)", R"("defualt": 1)",
+         "family 'AlmostEqual', input 'tolerance': unknown member 'defualt'; did you mean "
+         "'default'?"},
+        {R"("typeFor": { "Double")", R"("typeFor": { "Duoble")",
+         "family 'AlmostEqual', input 'tolerance': 'typeFor' names 'Duoble', which is none of the "
+         "family's types; did you mean 'Double'?"},
+        {R"("notFor": ["Bool"])", R"("notFor": [9])",
+         "family 'RandomGenerator', input 'distribution': 'notFor' wants an array of texts, not an "
+         "array of 1"},
+        {R"("value": 12, "name": "twist)", R"("valeu": 12, "name": "twist)",
+         "family 'EulerToQuaternion', input 'order', choice 'twist-swing': unknown member 'valeu'; "
+         "did you mean 'value'?"},
+        {R"("doc": ")", R"("doc": 3, "x": ")", "family 'Abs': 'doc' wants a text, not 3"},
+        {R"("name": "scalar", "type": "Float")", R"("name": "scalar", "type": "Flaot")",
+         "'MultiplyByScalar_Float2', port 'scalar': there is no value type 'Flaot'; did you mean "
+         "'Float'?"},
+    };
+    for (Row const& row : rows)
+        EXPECT_NE(faultsWith(replaced(text, row.from, row.to))
+                      .find("nodusmath.json:" + std::to_string(lineOf(text, row.from)) + ": " +
+                            row.told + "\n"),
+                  std::string::npos)
+            << faultsWith(replaced(text, row.from, row.to));
+}

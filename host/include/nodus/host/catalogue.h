@@ -35,6 +35,7 @@ struct NodeType;
 
 struct Family {
     std::string name, group, doc, edges;
+    std::vector<std::string> searchWords;  // besides the name, the fittest in front
     std::vector<std::string> dependsOn;
     bool mayKeepOutputs = false;             // a call may leave output ports as they were
     bool mayDivideByZero = false;            // also where its results are finite
