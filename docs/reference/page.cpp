@@ -66,11 +66,12 @@ public:
         : m_catalogue(catalogue), m_family(family), m_notes(notes), m_origin(std::move(origin))
     {
         refuseUnknownKeys(
-            notes,
-            {"words", "example", "graph", "frames", "edges", "notes", "machine", "plots", "see"},
+            notes, {"example", "graph", "frames", "edges", "notes", "machine", "plots", "see"},
             m_origin);
         if (family.edges.empty())
             throw Fault("catalogue: " + family.name + " has no 'edges'");
+        if (family.searchWords.empty())
+            throw Fault("catalogue: " + family.name + " has no 'searchWords'");
         if ((notes.member("example") == nullptr) == (notes.member("graph") == nullptr))
             throw Fault(m_origin + ": wants either an 'example' or a 'graph'");
         if (notes.member("example") != nullptr)
@@ -84,13 +85,15 @@ public:
         std::string types;
         for (std::string const& type : portTypes(m_family))
             types += (types.empty() ? "" : " ") + type;
+        std::string words;
+        for (std::string const& word : m_family.searchWords)
+            words += (words.empty() ? "" : " ") + word;
         return fmt::format(
             "<article id=\"{0}\" tabindex=\"-1\" data-types=\"{1}\" data-words=\"{2}\">\n"
             "<h3><a href=\"#{0}\" class=\"anchor\">{0}</a></h3>\n"
             "<p class=\"doc\">{3}</p>\n{4}{5}{6}{7}{8}{9}{10}</article>\n",
-            m_family.name, types, markupText(wanted(m_notes, "words", Kind::text, m_origin).text),
-            markupText(m_family.doc), nodeTypes(m_family), figures(), portTable(m_family), edges(),
-            snippet(), kernels(), related());
+            m_family.name, types, markupText(words), markupText(m_family.doc), nodeTypes(m_family),
+            figures(), portTable(m_family), edges(), snippet(), kernels(), related());
     }
 
 private:
