@@ -132,7 +132,8 @@ OutputFile::OutputFile(OutputFile&& other) noexcept
     : m_target(std::move(other.m_target)), m_folder(std::move(other.m_folder)),
       m_temporary(std::exchange(other.m_temporary, {})), m_pending(std::move(other.m_pending)),
       m_descriptor(std::exchange(other.m_descriptor, -1)), m_isDirect(other.m_isDirect),
-      m_ownsDescriptor(std::exchange(other.m_ownsDescriptor, false))
+      m_ownsDescriptor(std::exchange(other.m_ownsDescriptor, false)),
+      m_outlivesReader(other.m_outlivesReader)
 {
 }
 
@@ -173,6 +174,10 @@ void OutputFile::writeThrough(std::string_view text)
         ssize_t const written = ::write(m_descriptor, text.data(), text.size());
         if (written < 0 && errno == EINTR)
             continue;
+        if (written < 0 && errno == EPIPE && m_outlivesReader)
+            return;
+        if (written < 0 && errno == EPIPE)
+            throw ClosedPipe();
         if (written < 0)
             fail(errno);
         text.remove_prefix(static_cast<std::size_t>(written));

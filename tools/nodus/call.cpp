@@ -82,6 +82,8 @@ int call(CallOptions const& options, Shared const& shared)
     host::TextBuffer lines;
     log.takeLines(lines);
     auto messages = host::OutputFile::onDescriptor(STDERR_FILENO, "standard error");
+    // The result is what was asked for.
+    messages.outliveReader();
     messages.write(lines.view());
     messages.commit();
     std::string text;

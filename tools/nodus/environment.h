@@ -29,7 +29,8 @@ private:
 // The modules that were asked for, or the one beside the command. Throws host::Fault.
 std::vector<std::string> modulePaths(Shared const& shared);
 
-// Writes to standard output; throws host::Fault when nobody can take it.
+// Writes to standard output. Throws host::Fault when nobody can take it, host::ClosedPipe when nobody
+// wants it.
 void print(std::string_view text);
 
 // Whether two paths lead to one file; neither needs to be there.

@@ -125,6 +125,9 @@ int evaluate(EvalOptions const& options, Shared const& shared)
                        : host::OutputFile::open(options.out);
     auto log = options.log.empty() ? host::OutputFile::onDescriptor(STDERR_FILENO, "standard error")
                                    : host::OutputFile::open(options.log);
+    // A file of results is worth having without the log; results that nobody keeps are not.
+    if (!options.out.empty())
+        log.outliveReader();
     run.results = &results;
     run.log = &log;
     run.threads = threadsOf(options);

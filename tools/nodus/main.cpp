@@ -1,5 +1,5 @@
 // nodus: evaluates graphs of math nodes, and tells what nodes there are.
-#include "commands.h"
+#include "environment.h"
 #include "progress.h"
 
 #include "nodus/host/diagnostics.h"
@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kWorkFailed = 1;
 constexpr int kWrongInput = 2;
+constexpr int kClosedPipe = 128 + SIGPIPE;  // the status that a shell makes of the signal
 // Room for the longest path that the system takes, and some words.
 constexpr std::size_t kLongestLine = 5000;
 
@@ -42,7 +43,7 @@ void prepareProcess()
     for (int descriptor = 0; descriptor <= 2; ++descriptor)
         if (::fcntl(descriptor, F_GETFD) < 0 && ::open("/dev/null", O_RDONLY) != descriptor)
             std::_Exit(kWorkFailed);
-    // A pipe without a reader and a limit on file sizes become messages.
+    // A pipe without a reader ends the work in order, a limit on file sizes becomes a message.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     struct sigaction action {};
@@ -54,6 +55,14 @@ void prepareProcess()
         if (::sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
             ::sigaction(signal, &action, nullptr);
     }
+}
+
+// As other filters end when their reader has enough: quietly, and of the signal.
+int endAtClosedPipe()
+{
+    std::signal(SIGPIPE, SIG_DFL);
+    ::raise(SIGPIPE);
+    return kClosedPipe;  // who started the command has blocked the signal
 }
 
 int run(int argc, char** argv)
@@ -89,11 +98,11 @@ int run(int argc, char** argv)
 
     try {
         app.parse(argc, argv);
-    } catch (CLI::CallForHelp const& help) {
-        app.exit(help);
+    } catch (CLI::CallForHelp const&) {
+        nodus::tools::print(app.help());
         return 0;
-    } catch (CLI::CallForVersion const& version) {
-        app.exit(version);
+    } catch (CLI::CallForVersion const&) {
+        nodus::tools::print(app.version() + "\n");
         return 0;
     } catch (CLI::ParseError const& error) {
         complain(std::string(error.what()) + " (nodus --help tells more)");
@@ -112,6 +121,8 @@ int main(int argc, char** argv)
     try {
         prepareProcess();
         return run(argc, argv);
+    } catch (nodus::host::ClosedPipe const&) {
+        return endAtClosedPipe();
     } catch (nodus::host::Fault const& fault) {
         for (std::string const& line : fault.lines())
             complain(line);

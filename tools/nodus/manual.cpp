@@ -266,6 +266,13 @@ found a fault in a module.
 .TP
 .B 2
 The command line, a graph, a table or a module is wrong; one line on standard error for each fault.
+.PP
+When whoever reads standard output has enough and closes the pipe, as
+.B head
+does, the command ends at once and without a word, of the signal
+.BR SIGPIPE ,
+which a shell shows as status 141; files that it was writing are not left behind.
+The same holds for standard error, but not where the results go to a file: these are completed without the log.
 .SH EXAMPLES
 .nf
 nodus list

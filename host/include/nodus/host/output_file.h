@@ -1,11 +1,19 @@
 // Result files that appear whole or not at all.
 #pragma once
 
+#include <exception>
 #include <memory>
 #include <string>
 #include <string_view>
 
 namespace nodus::host {
+
+// Whoever read what is written has closed its end of the pipe. Nothing is wrong, but there is
+// nothing left to do.
+class ClosedPipe : public std::exception {
+public:
+    char const* what() const noexcept override { return "nobody reads the pipe any more"; }
+};
 
 // What is written stays invisible until commit puts it in the place of the target; without commit
 // nothing changes, whatever ends the process. A target that exists and is no regular file (a pipe,
@@ -21,7 +29,11 @@ public:
     OutputFile& operator=(OutputFile&&) = delete;
     ~OutputFile();
 
-    // Collects small pieces. Throws Fault when the system cannot take them.
+    // What is written to a pipe that nobody reads any more goes nowhere, and no ClosedPipe is
+    // thrown.
+    void outliveReader() { m_outlivesReader = true; }
+
+    // Collects small pieces. Throws Fault when the system cannot take them, or ClosedPipe.
     void write(std::string_view text);
     void flush();
 
@@ -36,7 +48,7 @@ private:
 
     std::string m_target, m_folder, m_temporary, m_pending;
     int m_descriptor = -1;
-    bool m_isDirect = false, m_ownsDescriptor = false;
+    bool m_isDirect = false, m_ownsDescriptor = false, m_outlivesReader = false;
 };
 
 // Removes what a process that is being interrupted would leave behind. For signal handlers: calls
