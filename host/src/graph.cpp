@@ -4,6 +4,8 @@
 #include "graph_reader.h"
 #include "members.h"
 
+#include "nodus/host/input_file.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -243,7 +245,7 @@ void setText(GraphNode& node, std::size_t offset, std::string text)
 Graph readGraph(std::string const& path, Catalogue const& catalogue,
                 GraphSurroundings const& surroundings, Diagnostics& diagnostics)
 {
-    FileFaults faults(path);
+    FileFaults faults(inputName(path));
     Graph graph;
     try {
         graph = check(readJsonFile(path, faults), catalogue, surroundings, faults);

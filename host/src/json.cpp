@@ -1,9 +1,7 @@
 // The JSON reader: a handler of parse events that builds JsonValues without recursion.
 #include "nodus/host/json.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include "nodus/host/input_file.h"
 
 #include <algorithm>
 #include <cstring>
@@ -221,27 +219,15 @@ private:
 
 std::string readFile(std::string const& path)
 {
-    int const file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (file < 0)
-        throw Fault("cannot read " + path + ": " + systemError(errno));
-    struct Closer {
-        int file;
-        ~Closer() { ::close(file); }
-    } const closer{file};
+    InputFile file(path);
     std::string text;
     char buffer[1 << 16];
-    for (;;) {
-        ssize_t const got = ::read(file, buffer, sizeof buffer);
-        if (got < 0 && errno == EINTR)
-            continue;
-        if (got < 0)
-            throw Fault("cannot read " + path + ": " + systemError(errno));
-        if (got == 0)
-            return text;
-        text.append(buffer, static_cast<std::size_t>(got));
+    while (std::size_t const got = file.read(buffer, sizeof buffer)) {
+        text.append(buffer, got);
         if (text.size() > kLargestFile)
-            throw Fault(path + ": larger than one gigabyte");
+            throw Fault(file.name() + ": larger than one gigabyte");
     }
+    return text;
 }
 
 }  // namespace

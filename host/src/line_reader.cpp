@@ -3,11 +3,6 @@
 
 #include "nodus/host/diagnostics.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstring>
 
 namespace nodus::host {
@@ -19,25 +14,16 @@ constexpr std::size_t kLongestLine = std::size_t{64} * 1024 * 1024;
 
 }  // namespace
 
-LineReader::LineReader(std::string path, LineEnds ends)
-    : m_path(std::move(path)), m_ends(ends), m_buffer(new char[kBufferSize]),
-      m_capacity(kBufferSize)
+LineReader::LineReader(std::string const& path, LineEnds ends)
+    : m_file(path), m_ends(ends), m_buffer(new char[kBufferSize]), m_capacity(kBufferSize)
 {
-    m_file = ::open(m_path.c_str(), O_RDONLY | O_CLOEXEC);
-    if (m_file < 0)
-        throw Fault("cannot read " + m_path + ": " + systemError(errno));
-    struct stat status {};
-    if (::fstat(m_file, &status) == 0 && S_ISREG(status.st_mode))
-        m_fileSize = static_cast<std::uint64_t>(status.st_size);
-    ::posix_fadvise(m_file, 0, 0, POSIX_FADV_SEQUENTIAL);
 }
-
-LineReader::~LineReader() { ::close(m_file); }
 
 double LineReader::fractionRead() const
 {
-    return m_fileSize == 0 ? 0.0
-                           : static_cast<double>(m_bytesRead) / static_cast<double>(m_fileSize);
+    return m_file.size() == 0
+               ? 0.0
+               : static_cast<double>(m_bytesRead) / static_cast<double>(m_file.size());
 }
 
 void LineReader::skipByteOrderMark()
@@ -59,23 +45,18 @@ bool LineReader::refill()
     }
     if (m_end == m_capacity) {
         if (m_capacity >= kLongestLine)
-            throw Fault(m_path + ":" + std::to_string(m_line) + ": the line is too long");
+            throw Fault(name() + ":" + std::to_string(m_line) + ": the line is too long");
         std::unique_ptr<char[]> larger(new char[2 * m_capacity]);
         std::memcpy(larger.get(), m_buffer.get(), m_end);
         m_buffer = std::move(larger);
         m_capacity *= 2;
     }
-    ssize_t got = 0;
-    do
-        got = ::read(m_file, m_buffer.get() + m_end, m_capacity - m_end);
-    while (got < 0 && errno == EINTR);
-    if (got < 0)
-        throw Fault("cannot read " + m_path + ": " + systemError(errno));
-    m_bytesRead += static_cast<std::uint64_t>(got);
-    m_end += static_cast<std::size_t>(got);
+    std::size_t const got = m_file.read(m_buffer.get() + m_end, m_capacity - m_end);
+    m_bytesRead += got;
+    m_end += got;
     m_atEnd = got == 0;
-    if (m_atEnd && m_bytesRead < m_fileSize)
-        throw Fault(m_path + ": became shorter while it was read");
+    if (m_atEnd && m_bytesRead < m_file.size())
+        throw Fault(name() + ": became shorter while it was read");
     m_hasQuotes =
         m_ends == LineEnds::outsideQuotes && std::memchr(m_buffer.get(), '"', m_end) != nullptr;
     return !m_atEnd;

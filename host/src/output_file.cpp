@@ -3,6 +3,7 @@
 #include "nodus/host/output_file.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/input_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -80,6 +81,8 @@ OutputFile OutputFile::onDescriptor(int descriptor, std::string name)
 
 OutputFile OutputFile::open(std::string const& target)
 {
+    if (isStandardStream(target))
+        return onDescriptor(STDOUT_FILENO, "standard output");
     OutputFile file;
     file.m_target = target;
     file.m_ownsDescriptor = true;

@@ -3,6 +3,7 @@
 
 #include "nodus/String.h"
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/input_file.h"
 
 #include <cmath>
 #include <filesystem>
@@ -23,7 +24,7 @@ template <typename T> T load(std::byte const* from)
 ResultFormat resultFormatOf(std::string const& path)
 {
     std::string const extension = std::filesystem::path(path).extension().string();
-    if (extension == ".csv")
+    if (extension == ".csv" || isStandardStream(path))
         return ResultFormat::csv;
     if (extension == ".jsonl")
         return ResultFormat::jsonLines;

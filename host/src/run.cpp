@@ -126,7 +126,7 @@ private:
             m_isRead = true;
             if (m_options.table != nullptr && !m_options.frames && m_options.table->skipRow())
                 batch.readerFault =
-                    m_options.table->path() + ": has more rows than there are frames";
+                    m_options.table->name() + ": has more rows than there are frames";
             return false;
         }
         std::int32_t const frame = range.at(m_index);
@@ -156,7 +156,7 @@ private:
         std::string const known = frame < 0   ? "its rows count from 0"
                                   : rows == 0 ? "it has no rows"
                                               : "its rows are 0 to " + std::to_string(rows - 1);
-        return "frame " + std::to_string(frame) + " is outside " + m_options.table->path() + ": " +
+        return "frame " + std::to_string(frame) + " is outside " + m_options.table->name() + ": " +
                known;
     }
 

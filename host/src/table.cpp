@@ -8,7 +8,7 @@
 
 namespace nodus::host {
 
-TableReader::TableReader(std::string path) : m_lines(std::move(path), LineEnds::outsideQuotes)
+TableReader::TableReader(std::string const& path) : m_lines(path, LineEnds::outsideQuotes)
 {
     readHeader();
 }
@@ -18,18 +18,18 @@ void TableReader::readHeader()
     m_lines.skipByteOrderMark();
     auto const line = nextLine();
     if (!line || line->text.empty())
-        throw Fault(path() + ":1: wants a header line with the names of the columns");
+        throw Fault(name() + ":1: wants a header line with the names of the columns");
     FieldWalk walk(line->text);
     std::string scratch;
     while (walk.next(scratch))
         m_columns.emplace_back(walk.field());
     if (walk.isBroken())
-        throw Fault(path() + ":1: a quoted name does not end, or goes on behind its quote");
+        throw Fault(name() + ":1: a quoted name does not end, or goes on behind its quote");
     Diagnostics diagnostics;
     std::unordered_map<std::string_view, std::size_t> first;
     for (std::size_t i = 0; i < m_columns.size(); ++i)
         if (auto const [known, isNew] = first.emplace(m_columns[i], i); !isNew)
-            diagnostics.add(path() + ":1: columns " + std::to_string(known->second + 1) + " and " +
+            diagnostics.add(name() + ":1: columns " + std::to_string(known->second + 1) + " and " +
                             std::to_string(i + 1) + " have the same name '" + m_columns[i] + "'");
     diagnostics.throwIfAny();
 }
@@ -89,9 +89,11 @@ bool TableReader::skipRow()
 FrameRange framesOfTable(std::string const& path)
 {
     // Before it is opened: what was read of a pipe would be gone.
-    if (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path))
-        throw Fault(path + ": its rows can be counted in a regular file only; say which frames "
-                           "there are with --frames");
+    if (isStandardStream(path) ||
+        (std::filesystem::exists(path) && !std::filesystem::is_regular_file(path)))
+        throw Fault(inputName(path) +
+                    ": its rows can be counted in a regular file only; say which frames "
+                    "there are with --frames");
     TableReader table(path);
     while (table.skipRow()) {
     }

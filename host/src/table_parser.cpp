@@ -27,7 +27,7 @@ template <typename Real> bool readPlainNumber(std::string_view field, std::byte*
 }  // namespace
 
 TableParser::TableParser(TableReader const& reader, Plan const& plan)
-    : m_path(reader.path()), m_columns(reader.columns())
+    : m_name(reader.name()), m_columns(reader.columns())
 {
     for (PlanSource const& source : plan.sources)
         if (source.kind == Source::Kind::column)
@@ -55,10 +55,10 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
     while (walk.skip(scratch))
         ++column;
     if (walk.isBroken())
-        diagnostics.add(m_path + ":" + std::to_string(line) +
+        diagnostics.add(m_name + ":" + std::to_string(line) +
                         ": a quoted field does not end, or goes on behind its quote");
     else if (column != m_columns.size())
-        diagnostics.add(m_path + ":" + std::to_string(line) + ": " + std::to_string(column) +
+        diagnostics.add(m_name + ":" + std::to_string(line) + ": " + std::to_string(column) +
                         (column == 1 ? " field" : " fields") + ", the header has " +
                         std::to_string(m_columns.size()));
 }
@@ -83,7 +83,7 @@ void TableParser::store(std::string_view field, Target const& target, std::uint6
         wrong = readNumber(field, *target.type, to);
     }
     if (!wrong.empty())
-        diagnostics.add(m_path + ":" + std::to_string(line) + ": column '" +
+        diagnostics.add(m_name + ":" + std::to_string(line) + ": column '" +
                         m_columns[target.column] + "': " + wrong);
 }
 

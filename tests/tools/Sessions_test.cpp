@@ -62,10 +62,18 @@ public:
     void run(std::string const& arguments, std::string const& out, std::string const& error)
     {
         auto command = words(arguments);
+        std::string input = "/dev/null";
+        if (command.size() > 1 && command[command.size() - 2] == "<") {
+            input = m_folder / command.back();
+            command.resize(command.size() - 2);
+        }
         command.insert(command.begin(), NODUS_TEST_COMMAND);
         Files const before = files();
         auto const ran = support::runProcess(
-            command, {.beforeExec = [this] { EXPECT_EQ(::chdir((m_folder / "").c_str()), 0); }});
+            command, {.beforeExec = [&] {
+                EXPECT_EQ(::chdir((m_folder / "").c_str()), 0);
+                EXPECT_EQ(::dup2(::open(input.c_str(), O_RDONLY), STDIN_FILENO), STDIN_FILENO);
+            }});
         int const status = error.find("nodus: ") == 0 ? 2 : 0;
         EXPECT_EQ(ran.exitStatus, status) << ran.error;
         EXPECT_TRUE(matches(ran.out, out)) << ran.out << "should be\n" << out;

@@ -80,6 +80,7 @@ TEST(Show, WhatIsWrongIsOneLineAndLeavesTheFileAlone)
 {
     TemporaryFolder const folder;
     std::string const graph = std::string(NODUS_TEST_EXAMPLES) + "/noise.json";
+    std::string const clouds = std::string(NODUS_TEST_EXAMPLES) + "/clouds.json";
     std::string const out = folder.write("out.svg", "as it was");
     // A program dot that fails.
     std::filesystem::permissions(folder.write("dot", "#!/bin/sh\necho so sad >&2\nexit 3\n"),
@@ -99,6 +100,7 @@ TEST(Show, WhatIsWrongIsOneLineAndLeavesTheFileAlone)
         {{"show", graph, "-o", out}, withPath(folder / ""), "could not draw the graph: so sad"},
         {{"show", graph, "-o", folder / "x.jpg"}, {}, ".svg, .png, .pdf or .dot"},
         {{"show", graph}, {.standardOutput = screen}, "a terminal shows no pictures"},
+        {{"eval", clouds, "--image", "-"}, {.standardOutput = screen}, "a terminal shows no pict"},
     };
     for (Row const& row : rows) {
         Finished const run = nodus(row.arguments, row.options);
@@ -107,6 +109,7 @@ TEST(Show, WhatIsWrongIsOneLineAndLeavesTheFileAlone)
         EXPECT_NE(run.error.find(row.told), std::string::npos) << run.error;
         EXPECT_EQ(folder.read("out.svg"), "as it was");
     }
+    EXPECT_TRUE(nodus({"eval", clouds, "--image", "-"}).out.starts_with("\x89PNG"));
     // Graphviz's language needs no Graphviz.
     EXPECT_EQ(nodus({"show", graph, "-o", folder / "x.dot"}, withPath("/nowhere")).error, "");
     ::close(screen);

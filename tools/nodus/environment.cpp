@@ -2,6 +2,7 @@
 #include "environment.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/input_file.h"
 #include "nodus/host/output_file.h"
 
 #include <unistd.h>
@@ -59,8 +60,29 @@ void print(std::string_view text)
     output.commit();
 }
 
+std::string pictureFormat(std::string const& path, std::vector<std::string_view> const& formats)
+{
+    if (host::isStandardStream(path)) {
+        if (::isatty(STDOUT_FILENO) == 1)
+            throw host::Fault("a terminal shows no pictures: name a file for it, or send standard "
+                              "output to one");
+        return std::string(formats.front());
+    }
+    std::string const extension = fs::path(path).extension().string();
+    std::vector<std::string> known;
+    for (std::string_view const format : formats) {
+        known.push_back("." + std::string(format));
+        if (extension == known.back())
+            return std::string(format);
+    }
+    throw host::Fault(path + ": a picture is written as " +
+                      host::alternatives({known.begin(), known.end()}));
+}
+
 bool isSameFile(std::string const& a, std::string const& b)
 {
+    if (host::isStandardStream(a) || host::isStandardStream(b))
+        return a == b;
     std::error_code ignored;
     return fs::weakly_canonical(a, ignored) == fs::weakly_canonical(b, ignored);
 }

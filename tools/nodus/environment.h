@@ -29,9 +29,13 @@ private:
 // The modules that were asked for, or the one beside the command. Throws host::Fault.
 std::vector<std::string> modulePaths(Shared const& shared);
 
-// Writes to standard output. Throws host::Fault when nobody can take it, host::ClosedPipe when nobody
-// wants it.
+// Writes to standard output. Throws host::Fault when nobody can take it, host::ClosedPipe when
+// nobody wants it.
 void print(std::string_view text);
+
+// By the extension of the path, which has to be one of these; the first of them for "-", which must
+// not be a terminal. Throws host::Fault.
+std::string pictureFormat(std::string const& path, std::vector<std::string_view> const& formats);
 
 // Whether two paths lead to one file; neither needs to be there.
 bool isSameFile(std::string const& a, std::string const& b);

@@ -5,6 +5,7 @@
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/graph.h"
 #include "nodus/host/image.h"
+#include "nodus/host/input_file.h"
 #include "nodus/host/run.h"
 
 #include <unistd.h>
@@ -19,7 +20,7 @@ namespace nodus::tools {
 namespace {
 
 struct EvalOptions {
-    std::string graph, frames, shard, data, out, log;
+    std::string graph, frames, shard, data, out = "-", log;
     std::string image, size, map;
     int threads = 0;
 };
@@ -44,6 +45,7 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
     Environment const environment(shared);
     host::Diagnostics diagnostics;
     host::ImageOptions image{{512, 512}, {}, 0, threadsOf(options)};
+    gather(diagnostics, [&] { pictureFormat(options.image, {"png"}); });
     gather(diagnostics, [&] {
         if (!options.size.empty())
             image.size = host::parseImageSize(options.size);
@@ -64,7 +66,7 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
         host::readGraph(options.graph, environment.catalogue(), {"", nullptr, true}, diagnostics);
     diagnostics.throwIfAny();
     if (std::string const why = host::whyNoPicture(graph); !why.empty()) {
-        host::FileFaults faults(options.graph);
+        host::FileFaults faults(host::inputName(options.graph));
         faults.add(graph.outputsLine, why);
         faults.throwIfAny();
     }
@@ -82,6 +84,7 @@ int evaluate(EvalOptions const& options, Shared const& shared)
         return evaluateImage(options, shared);
     Environment const environment(shared);
     host::Diagnostics diagnostics;
+    bool const writesOut = host::isStandardStream(options.out);
     host::RunOptions run;
     std::optional<host::Shard> shard;
     std::unique_ptr<host::TableReader> table;
@@ -94,13 +97,14 @@ int evaluate(EvalOptions const& options, Shared const& shared)
         if (!options.shard.empty())
             shard = host::parseShard(options.shard);
     });
-    gather(diagnostics, [&] {
-        if (!options.out.empty())
-            run.format = host::resultFormatOf(options.out);
-    });
-    if (!options.out.empty() && !options.log.empty() && isSameFile(options.out, options.log))
-        diagnostics.add("--out and --log want two files, not both " + options.out);
-    host::GraphSurroundings surroundings{options.data, nullptr, false};
+    gather(diagnostics, [&] { run.format = host::resultFormatOf(options.out); });
+    if (!options.log.empty() && isSameFile(options.out, options.log))
+        diagnostics.add("--out and --log want two files, not both " +
+                        (writesOut ? "standard output" : options.out));
+    if (host::isStandardStream(options.graph) && host::isStandardStream(options.data))
+        throw host::Fault("GRAPH and --data cannot both be standard input: name a file for one");
+    host::GraphSurroundings surroundings{options.data.empty() ? "" : host::inputName(options.data),
+                                         nullptr, false};
     gather(diagnostics, [&] {
         if (options.data.empty())
             return;
@@ -120,13 +124,11 @@ int evaluate(EvalOptions const& options, Shared const& shared)
                                               : host::FrameRange{},
                                    *shard);
 
-    auto results = options.out.empty()
-                       ? host::OutputFile::onDescriptor(STDOUT_FILENO, "standard output")
-                       : host::OutputFile::open(options.out);
+    auto results = host::OutputFile::open(options.out);
     auto log = options.log.empty() ? host::OutputFile::onDescriptor(STDERR_FILENO, "standard error")
                                    : host::OutputFile::open(options.log);
     // A file of results is worth having without the log; results that nobody keeps are not.
-    if (!options.out.empty())
+    if (!writesOut)
         log.outliveReader();
     run.results = &results;
     run.log = &log;
@@ -134,7 +136,7 @@ int evaluate(EvalOptions const& options, Shared const& shared)
     std::uint64_t const total = run.frames ? run.frames->count() : table ? 0 : 1;
     Progress progress(total, [&] { return table ? table->fractionRead() : 0.0; });
     run.progress = [&](std::uint64_t done) { progress.show(done); };
-    if (options.log.empty())
+    if (options.log.empty() || host::isStandardStream(options.log))
         run.beforeLog = [&] { progress.wipe(); };
     host::run(plan, run);
     progress.wipe();
@@ -150,7 +152,8 @@ Command addEval(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("eval", "Evaluate a graph over frames");
     auto const options = std::make_shared<EvalOptions>();
-    command->add_option("GRAPH", options->graph, "The graph file, JSON")->required();
+    command->add_option("GRAPH", options->graph, "The graph file, JSON; - is standard input")
+        ->required();
     command
         ->add_option("--frames", options->frames,
                      "Frames A to B, both included, every STEP frames; A alone is one frame.\n"
@@ -165,17 +168,19 @@ Command addEval(CLI::App& app, Shared const& shared)
     CLI::Option* const data =
         command
             ->add_option("--data", options->data,
-                         "A table for the graph's columns; frame N reads row N, counted from 0")
+                         "A table for the graph's columns; frame N reads row N, counted from 0.\n"
+                         "- is standard input")
             ->type_name("TABLE.csv");
-    CLI::Option* const out =
-        command
-            ->add_option(
-                "--out", options->out,
-                "Where the results go, whole or not at all. Without it: CSV on standard output")
-            ->type_name("FILE.csv|.jsonl");
-    CLI::Option* const log =
-        command->add_option("--log", options->log, "Where log lines go. Without it: standard error")
-            ->type_name("FILE");
+    CLI::Option* const out = command
+                                 ->add_option("--out", options->out,
+                                              "Where the results go, a file whole or not at all.\n"
+                                              "Without it, or with -: CSV on standard output")
+                                 ->type_name("FILE.csv|.jsonl");
+    CLI::Option* const log = command
+                                 ->add_option("--log", options->log,
+                                              "Where log lines go; - is standard output.\n"
+                                              "Without it: standard error")
+                                 ->type_name("FILE");
     command
         ->add_option("--threads", options->threads,
                      "How many threads; the results do not depend on it. Without it: all cores")
@@ -185,7 +190,8 @@ Command addEval(CLI::App& app, Shared const& shared)
         command
             ->add_option("--image", options->image,
                          "Evaluate once a pixel and write the one output, a Float, Color or\n"
-                         "Float4, as a picture; the graph's pixel sources are pixel centres")
+                         "Float4, as a picture; the graph's pixel sources are pixel centres.\n"
+                         "With -: PNG on standard output")
             ->type_name("FILE.png")
             ->excludes(data)
             ->excludes(out)

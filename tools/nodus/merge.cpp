@@ -3,6 +3,7 @@
 #include "progress.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/input_file.h"
 #include "nodus/host/merge.h"
 #include "nodus/host/table.h"
 
@@ -12,7 +13,7 @@ namespace {
 
 struct MergeOptions {
     std::vector<std::string> parts;
-    std::string out, frames, data;
+    std::string out = "-", frames, data;
 };
 
 std::optional<host::FrameRange> framesOf(MergeOptions const& options, host::PartFormat format)
@@ -31,11 +32,14 @@ int merge(MergeOptions const& options)
 {
     host::MergeOptions merge;
     merge.parts = options.parts;
-    merge.format = host::partFormatOf(options.out);
+    // Standard output takes what the parts are.
+    std::string const& model =
+        host::isStandardStream(options.out) ? options.parts.front() : options.out;
+    merge.format = host::partFormatOf(model);
     host::Diagnostics diagnostics;
     for (std::string const& part : options.parts) {
         if (host::partFormatOf(part) != merge.format)
-            diagnostics.add(part + ": is not of the kind that --out " + options.out + " has");
+            diagnostics.add(part + ": is not of the kind that " + model + " is");
         if (isSameFile(part, options.out))
             diagnostics.add("--out " + options.out + " is one of the files to merge");
     }
@@ -64,9 +68,10 @@ Command addMerge(CLI::App& app)
             "The files of the shards, in any order: results (.csv or .jsonl) or logs (.log)")
         ->required();
     command
-        ->add_option("--out", options->out, "Where the whole goes; it appears whole or not at all")
-        ->type_name("FILE")
-        ->required();
+        ->add_option("--out", options->out,
+                     "Where the whole goes; a file appears whole or not at all.\n"
+                     "Without it, or with -: standard output")
+        ->type_name("FILE");
     command
         ->add_option("--frames", options->frames,
                      "The frames of all shards together, as they were given to nodus eval:\n"

@@ -4,6 +4,7 @@
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/graph.h"
 #include "nodus/host/graph_drawing.h"
+#include "nodus/host/input_file.h"
 #include "nodus/host/output_file.h"
 
 #include <sys/mman.h>
@@ -22,7 +23,7 @@ namespace nodus::tools {
 namespace {
 
 struct ShowOptions {
-    std::string graph, out;
+    std::string graph, out = "-";
 };
 
 // A file in memory: whole streams for another program, without pipes that wait for each other.
@@ -104,27 +105,13 @@ std::string layOut(std::string_view text, std::string const& format)
                                            : told.substr(0, told.find('\n'))));
 }
 
-// "svg", "png", "pdf" or "dot".
-std::string formatOf(std::string const& path)
-{
-    std::string const extension = std::filesystem::path(path).extension().string();
-    for (char const* const known : {".svg", ".png", ".pdf", ".dot"})
-        if (extension == known)
-            return extension.substr(1);
-    throw host::Fault(path + ": pictures are written as .svg, .png, .pdf or .dot");
-}
-
 int show(ShowOptions const& options, Shared const& shared)
 {
     Environment const environment(shared);
     host::Diagnostics diagnostics;
-    std::string format = "svg";
+    std::string format;
     try {
-        if (!options.out.empty())
-            format = formatOf(options.out);
-        else if (::isatty(STDOUT_FILENO) == 1)
-            throw host::Fault("a terminal shows no pictures: give -o FILE.svg, or send standard "
-                              "output to a file");
+        format = pictureFormat(options.out, {"svg", "png", "pdf", "dot"});
     } catch (host::Fault const& fault) {
         diagnostics.add(fault);
     }
@@ -133,13 +120,9 @@ int show(ShowOptions const& options, Shared const& shared)
         host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
     diagnostics.throwIfAny();
 
-    std::string const text =
-        host::drawGraph(graph, std::filesystem::path(options.graph).stem().string());
+    std::string const text = host::drawGraph(
+        graph, std::filesystem::path(host::inputName(options.graph)).stem().string());
     std::string const picture = format == "dot" ? text : layOut(text, format);
-    if (options.out.empty()) {
-        print(picture);
-        return 0;
-    }
     auto file = host::OutputFile::open(options.out);
     file.write(picture);
     file.commit();
@@ -153,12 +136,13 @@ Command addShow(CLI::App& app, Shared const& shared)
     CLI::App* const command =
         app.add_subcommand("show", "Draw a graph as a picture; needs the program dot of Graphviz");
     auto const options = std::make_shared<ShowOptions>();
-    command->add_option("GRAPH", options->graph, "The graph file, JSON")->required();
+    command->add_option("GRAPH", options->graph, "The graph file, JSON; - is standard input")
+        ->required();
     command
         ->add_option(
             "-o,--out", options->out,
             "Where the picture goes, whole or not at all; .dot is Graphviz's own language\n"
-            "and needs no dot. Without it: SVG on standard output")
+            "and needs no dot. Without it, or with -: SVG on standard output")
         ->type_name("FILE.svg|.png|.pdf|.dot");
     command->footer("Boxes are nodes with their ports, types and constants (grey: by default),\n"
                     "outlined shapes are the frame, columns and pixels, filled ones the results.\n"

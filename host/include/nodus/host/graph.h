@@ -65,9 +65,9 @@ struct GraphSurroundings {
     bool anyColumn = false;                             // without a table: looked at, not evaluated
 };
 
-// Reads a graph file. Every fault of the file is added to the diagnostics, one line each, with the
-// line of the file and in the order of these; the graph is of use only when none was added. The
-// catalogue outlives it.
+// Reads a graph file, "-" being standard input. Every fault of the file is added to the
+// diagnostics, one line each, with the line of the file and in the order of these; the graph is of
+// use only when none was added. The catalogue outlives it.
 Graph readGraph(std::string const& path, Catalogue const& catalogue,
                 GraphSurroundings const& surroundings, Diagnostics& diagnostics);
 

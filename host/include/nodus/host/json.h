@@ -43,7 +43,8 @@ struct JsonValue {
 // fault.
 std::optional<JsonValue> parseJson(std::string_view text, FileFaults& faults, std::size_t line = 1);
 
-// The same for a file of at most one gigabyte. Throws Fault when it cannot be read.
+// The same for a file, or standard input, of at most one gigabyte. Throws Fault when it cannot be
+// read.
 std::optional<JsonValue> readJsonFile(std::string const& path, FileFaults& faults);
 
 }  // namespace nodus::host

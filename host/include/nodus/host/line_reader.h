@@ -1,6 +1,8 @@
 // Files line by line, as a stream.
 #pragma once
 
+#include "nodus/host/input_file.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -26,12 +28,11 @@ public:
         bool isWhole;           // there was a line feed: the last line of a file may have none
     };
 
-    LineReader(std::string path, LineEnds ends);
-    ~LineReader();
-    LineReader(LineReader const&) = delete;
-    LineReader& operator=(LineReader const&) = delete;
+    // path: "-" for standard input.
+    LineReader(std::string const& path, LineEnds ends);
 
-    std::string const& path() const { return m_path; }
+    // What messages call the file.
+    std::string const& name() const { return m_file.name(); }
 
     // How much of the file has been read, 0 to 1; 0 when it has no size to tell.
     double fractionRead() const;
@@ -44,14 +45,13 @@ public:
 private:
     bool refill();
 
-    std::string m_path;
+    InputFile m_file;
     LineEnds m_ends;
-    int m_file = -1;
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_capacity = 0, m_begin = 0, m_end = 0;
     bool m_atEnd = false;
     bool m_hasQuotes = false;  // anywhere between begin and end, where they matter
-    std::uint64_t m_line = 1, m_bytesRead = 0, m_fileSize = 0;
+    std::uint64_t m_line = 1, m_bytesRead = 0;
 };
 
 }  // namespace nodus::host

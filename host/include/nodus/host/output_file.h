@@ -20,7 +20,7 @@ public:
 // a device) is written directly. Not for more than one thread at a time. Faults name the target.
 class OutputFile {
 public:
-    // Throws Fault when the target cannot be written.
+    // "-" is standard output. Throws Fault when the target cannot be written.
     static OutputFile open(std::string const& target);
     // An open descriptor that is written directly and stays open; name is for messages.
     static OutputFile onDescriptor(int descriptor, std::string name);

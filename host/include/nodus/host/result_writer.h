@@ -14,7 +14,7 @@ namespace nodus::host {
 
 enum class ResultFormat { csv, jsonLines };
 
-// By the extension of the file, ".csv" or ".jsonl". Throws Fault for any other.
+// By the extension of the file, ".csv" or ".jsonl"; CSV for "-". Throws Fault for any other.
 ResultFormat resultFormatOf(std::string const& path);
 
 // Immutable; any number of threads may write with it. The plan outlives it.

@@ -43,9 +43,11 @@ struct TableRows {
 class TableReader {
 public:
     // Opens the file and reads the header: at least one column, no two of one name.
-    explicit TableReader(std::string path);
+    // path: "-" for standard input.
+    explicit TableReader(std::string const& path);
 
-    std::string const& path() const { return m_lines.path(); }
+    // What messages call the file.
+    std::string const& name() const { return m_lines.name(); }
     std::vector<std::string> const& columns() const { return m_columns; }
     std::uint64_t rowsRead() const { return m_rowsRead; }
 
@@ -95,7 +97,7 @@ private:
     void store(std::string_view field, Target const& target, std::uint64_t line, std::byte* to,
                Diagnostics& diagnostics) const;
 
-    std::string m_path;
+    std::string m_name;
     std::vector<std::string> m_columns;
     std::vector<Target> m_targets;  // by column
 };
