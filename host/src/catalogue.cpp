@@ -77,16 +77,25 @@ Family const* Catalogue::findFamily(std::string_view name) const
 
 std::string Catalogue::suggestion(std::string_view name) const
 {
-    if (Family const* const family = findFamily(withoutKernelAffixes(name))) {
+    std::string_view const wrong = withoutKernelAffixes(name);
+    auto const comesAs = [](Family const& family) {
         std::vector<std::string_view> types;
-        for (NodeType const* const type : family->nodeTypes)
+        for (NodeType const* const type : family.nodeTypes)
             types.push_back(type->name);
-        return "; it comes as " + alternatives(types);
-    }
-    std::vector<std::string_view> names;
+        return " comes as " + alternatives(types);
+    };
+    if (Family const* const family = findFamily(wrong))
+        return "; it" + comesAs(*family);
+    std::vector<std::string_view> types, families;
     for (NodeType const& type : m_nodeTypes)
-        names.push_back(type.name);
-    return didYouMean(withoutKernelAffixes(name), names);
+        types.push_back(type.name);
+    if (std::string const near = didYouMean(wrong, types); !near.empty())
+        return near;
+    for (Family const& family : m_families)
+        families.push_back(family.name);
+    std::string const near = didYouMean(wrong, families);
+    return near.empty() ? "; nodus list tells which there are"
+                        : near + " It" + comesAs(*findFamily(nearestName(wrong, families)));
 }
 
 }  // namespace nodus::host

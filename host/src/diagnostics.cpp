@@ -98,17 +98,17 @@ std::string inQuotes(std::string_view text)
            (text.size() > kMost ? "...'" : "'");
 }
 
-std::string alternatives(std::vector<std::string_view> const& names, std::string_view word)
+std::string alternatives(std::vector<std::string_view> const& names, std::string_view word,
+                         std::size_t most)
 {
-    constexpr std::size_t kMost = 8;
     std::string text;
-    std::size_t const shown = std::min(names.size(), kMost);
+    std::size_t const shown = std::min(names.size(), most);
     for (std::size_t i = 0; i < shown; ++i) {
         if (i != 0)
             text += i + 1 == names.size() ? " " + std::string(word) + " " : ", ";
         text += names[i];
     }
-    return names.size() > kMost ? text + ", ..." : text;
+    return names.size() > most ? text + ", ..." : text;
 }
 
 std::size_t editDistance(std::string_view a, std::string_view b, std::size_t limit)

@@ -6,10 +6,10 @@ set -eu
 . "$(dirname "$0")/common.sh"
 nodus=$1/bin/nodus
 options_of() { # the long options that --help of nodus, or of a sub-command, tells
-    "$nodus" "$@" --help | sed -n 's/^ *\(-[^ ]*\).*/\1/p' | grep -o -e '--[a-z-]*' | sort -u
+    "$nodus" "$@" --help | sed -n 's/^ *\(-[^ ]*\( --[^ ]*\)\?\).*/\1/p' | grep -o -e '--[a-z-]*' | sort -u
 }
 
-commands=$("$nodus" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\)  .*/\1/p')
+commands=$("$nodus" --help | sed -n '/^Commands:/,/^$/s/^  \([a-z]*\)  .*/\1/p')
 [ "$(echo "$commands" | wc -w)" -ge 4 ] || fail "--help tells of too few sub-commands: $commands"
 
 "$nodus" manual man >"$scratch/nodus.1"
@@ -20,12 +20,20 @@ for command in "" $commands; do
     [ -s "$scratch/section" ] || fail "the manual page has no section for '$command'"
     # shellcheck disable=SC2086 # no word where there is no sub-command
     for option in $(options_of $command); do
+        # What every command has stands in front of them all.
+        [ -z "$command" ] || [ "$option" != --help ] || continue
         grep -q -e "$option\b" "$scratch/section" || fail "nodus.1 lacks '$command $option'"
     done
 done
 warnings=$(LC_ALL=C.UTF-8 MANWIDTH=80 man --warnings -E UTF-8 -l -Tutf8 -Z \
     "$scratch/nodus.1" 2>&1 >/dev/null)
 [ -z "$warnings" ] || fail "man warns: $warnings"
+
+# The examples work as they stand there.
+ln -s "$here/../../examples" "$scratch/examples"
+sed -n '/^\.SH EXAMPLES$/,/^\.fi$/s/^nodus /&/p' "$scratch/plain" >"$scratch/examples.sh"
+[ "$(wc -l <"$scratch/examples.sh")" -ge 5 ] || fail "the manual page has too few examples"
+(cd "$scratch" && PATH=$1/bin:$PATH quietly "the examples of nodus.1" sh -eu examples.sh)
 
 # The functions as the shells call them.
 "$nodus" manual bash >"$scratch/nodus.bash"

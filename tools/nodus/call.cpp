@@ -1,4 +1,5 @@
 // nodus call: one node, once.
+#include "command_line.h"
 #include "environment.h"
 
 #include "nodus/String.h"
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <limits>
 
 namespace nodus::tools {
 
@@ -104,14 +106,25 @@ Command addCall(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("call", "Evaluate one node once");
     auto const options = std::make_shared<CallOptions>();
-    command->add_option("TYPE", options->type, "A node type or a kernel")->required();
-    command->add_option("VALUES", options->values,
-                        "Inputs as PORT=VALUE: a number, true, a text, 1,2,3 or JSON");
-    command->add_option("--frame", options->frame, "The frame that the node sees, 0 without it")
-        ->type_name("N");
-    command->footer("Inputs that are not given have their defaults.\n\n"
-                    "Examples:\n  nodus call Add_Float3 a=1,2,3 b=10,20,30\n"
-                    "  nodus call LogValueFloat value=2.5 prefix=\"speed \"");
+    command
+        ->add_option("TYPE", options->type,
+                     "A node type (Add_Float3) or a kernel (NodusAdd_Float3_Solve).")
+        ->required();
+    command->add_option(
+        "PORT=VALUE", options->values,
+        "The inputs: a number, true or false, a text, lanes as 1,2,3, or JSON. What is\n"
+        "not given has its default.");
+    command->add_option("--frame", options->frame, "The frame that the node sees. Without it: 0.")
+        ->type_name("N")
+        ->check(numberFrom(std::numeric_limits<std::int32_t>::min(),
+                           std::numeric_limits<std::int32_t>::max()));
+    command->footer(
+        "Outputs go to standard output, messages of logging nodes to standard error.\n\n"
+        "Examples:\n  nodus call Add_Float3 a=1,2,3 b=10,20,30\n"
+        "  nodus call LogValueFloat value=2.5 prefix=\"speed \"\n\n"
+        "Exit status:\n"
+        "  0  the outputs are printed\n"
+        "  2  there is no such node type or port, or a value is none of the port's");
     return {command, [options, &shared] { return call(*options, shared); }};
 }
 

@@ -1,4 +1,5 @@
 // nodus check: whether every kernel of a module keeps its promises.
+#include "command_line.h"
 #include "environment.h"
 
 #include "nodus/host/check.h"
@@ -100,21 +101,25 @@ Command addCheck(CLI::App& app, Shared const& shared)
     CLI::App* const command = app.add_subcommand("check", "Try every kernel of a module");
     auto const options = std::make_shared<CheckOptions>();
     command->add_option("MODULE", options->module,
-                        "The module's file, its catalogue beside it. Without it: as for --module");
+                        "The module's file, with its catalogue beside it.\n"
+                        "Without it: those of --module, or that of this installation.");
     command
         ->add_option("--seconds", options->seconds,
-                     "How long the kernels get random bit patterns, all together. Without it: the\n"
-                     "same few millions of patterns in every run")
+                     "For how long the kernels get random bit patterns, all together.\n"
+                     "Without it: a few million patterns, the same in every run.")
         ->type_name("N")
-        ->check(CLI::Range(0.001, 1e6));
-    command->add_flag("--json", options->isJson, "Write the result for programs");
+        ->check(numberFrom(0.001, 1e6));
+    command->add_flag("--json", options->isJson, "Write the report as JSON, for programs.");
     command->footer(
-        "Each kernel gets every special value in every lane and random bit patterns, in\n"
-        "blocks that end at memory which cannot be read, in a process of its own: a\n"
-        "kernel that crashes or hangs is named with its input, and the check goes on.\n"
-        "The exit status is 1 when there is a fault.\n\n"
+        "Each kernel gets every special value in every lane and random bit patterns, in blocks\n"
+        "that end at memory which cannot be read, in a process of its own: a kernel that crashes\n"
+        "or hangs is named with its input, and the check goes on.\n\n"
         "Examples:\n  nodus check\n"
-        "  nodus check lib/libown.so --seconds 60 --json");
+        "  nodus check lib/libown.so --seconds 60 --json\n\n"
+        "Exit status:\n"
+        "  0  the module has no fault\n"
+        "  1  it has; each is in the report\n"
+        "  2  it is no module that can be loaded");
     return {command, [options, &shared] { return check(*options, shared); }};
 }
 

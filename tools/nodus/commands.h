@@ -17,6 +17,8 @@ struct Shared {
 // What to do when the sub-command is the one that was given; returns the exit status.
 using Action = std::function<int()>;
 
+// The footer of the app is what --help and the manual say behind the options: paragraphs with a
+// blank line between them; what is indented, examples and the exit status, stays as it is.
 struct Command {
     CLI::App* app;
     Action run;
@@ -27,9 +29,11 @@ Command addCheck(CLI::App& app, Shared const& shared);
 Command addDescribe(CLI::App& app, Shared const& shared);
 Command addDigest(CLI::App& app, Shared const& shared);
 Command addEval(CLI::App& app, Shared const& shared);
+Command addHelp(CLI::App& app);
 Command addList(CLI::App& app, Shared const& shared);
 Command addManual(CLI::App& app, Shared const& shared);
 Command addMerge(CLI::App& app);
 Command addShow(CLI::App& app, Shared const& shared);
+Command addVersion(CLI::App& app);
 
 }  // namespace nodus::tools

@@ -141,9 +141,15 @@ Command addDescribe(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("describe", "Describe a node type and its ports");
     auto const name = std::make_shared<std::string>();
-    command->add_option("TYPE", *name, "A node type (Add_Float3), a kernel or a family (Add)")
+    command
+        ->add_option(
+            "TYPE", *name,
+            "A node type (Add_Float3), a kernel (NodusAdd_Float3_Solve) or a family (Add).")
         ->required();
-    command->footer("Example:\n  nodus describe LogValueFloat3");
+    command->footer("Examples:\n  nodus describe Slerp\n  nodus describe LogValueFloat3\n\n"
+                    "Exit status:\n"
+                    "  0  it is described\n"
+                    "  2  there is no such node type, or a module cannot be loaded");
     return {command, [name, &shared] { return describe(*name, shared); }};
 }
 

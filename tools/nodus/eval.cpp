@@ -1,4 +1,5 @@
 // nodus eval: a graph over frames.
+#include "command_line.h"
 #include "environment.h"
 #include "progress.h"
 
@@ -152,64 +153,82 @@ Command addEval(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("eval", "Evaluate a graph over frames");
     auto const options = std::make_shared<EvalOptions>();
-    command->add_option("GRAPH", options->graph, "The graph file, JSON; - is standard input")
+    command->add_option("GRAPH", options->graph, "The graph, a JSON file; - is standard input.")
         ->required();
     command
-        ->add_option("--frames", options->frames,
-                     "Frames A to B, both included, every STEP frames; A alone is one frame.\n"
-                     "Without it: a frame for each row of the table, or frame 0")
+        ->add_option(
+            "--frames", options->frames,
+            "The frames from A to B, both included, or every STEP-th of them; A alone is one.\n"
+            "Without it: a frame for each row of the table, or frame 0.")
         ->type_name("A:B[:STEP]");
     CLI::Option* const shard =
         command
-            ->add_option("--shard", options->shard,
-                         "Only slice I of N equal slices of the frames, counted from 1:\n"
-                         "a share for each of N machines, which nodus merge joins again")
+            ->add_option(
+                "--shard", options->shard,
+                "Evaluate only slice I of N equal slices of the frames, counted from 1: a share\n"
+                "for each of N machines. nodus merge joins their results.")
             ->type_name("I/N");
     CLI::Option* const data =
         command
-            ->add_option("--data", options->data,
-                         "A table for the graph's columns; frame N reads row N, counted from 0.\n"
-                         "- is standard input")
+            ->add_option(
+                "--data", options->data,
+                "The table with the graph's columns: frame N reads row N, counted from 0.\n"
+                "- is standard input.")
             ->type_name("TABLE.csv");
-    CLI::Option* const out = command
-                                 ->add_option("--out", options->out,
-                                              "Where the results go, a file whole or not at all.\n"
-                                              "Without it, or with -: CSV on standard output")
-                                 ->type_name("FILE.csv|.jsonl");
-    CLI::Option* const log = command
-                                 ->add_option("--log", options->log,
-                                              "Where log lines go; - is standard output.\n"
-                                              "Without it: standard error")
-                                 ->type_name("FILE");
+    CLI::Option* const out =
+        command
+            ->add_option(
+                "--out", options->out,
+                "Where the results go: a .csv file, or a .jsonl file with an object for each\n"
+                "frame. It appears whole or not at all.\n"
+                "Without it, or with -: CSV on standard output.")
+            ->type_name("FILE");
+    CLI::Option* const log =
+        command
+            ->add_option(
+                "--log", options->log,
+                "Where the log lines go; - is standard output. Without it: standard error.")
+            ->type_name("FILE");
     command
         ->add_option("--threads", options->threads,
-                     "How many threads; the results do not depend on it. Without it: all cores")
+                     "How many threads evaluate, up to 1024; no result depends on it.\n"
+                     "Without it: as many as there are cores.")
         ->type_name("N")
-        ->check(CLI::Range(1, 1024));
+        ->check(numberFrom(1, 1024));
     CLI::Option* const image =
         command
-            ->add_option("--image", options->image,
-                         "Evaluate once a pixel and write the one output, a Float, Color or\n"
-                         "Float4, as a picture; the graph's pixel sources are pixel centres.\n"
-                         "With -: PNG on standard output")
+            ->add_option(
+                "--image", options->image,
+                "Evaluate the graph once for each pixel, and write its one output, a Float, a\n"
+                "Color or a Float4, as a picture. It may have pixels as sources, but no columns.\n"
+                "- is standard output.")
             ->type_name("FILE.png")
             ->excludes(data)
             ->excludes(out)
             ->excludes(log)
             ->excludes(shard);
-    command->add_option("--size", options->size, "How large the picture is. Without it: 512x512")
+    command
+        ->add_option("--size", options->size,
+                     "The picture's width and height, each up to 8192. Without it: 512x512.")
         ->type_name("WxH")
         ->needs(image);
     command
         ->add_option("--map", options->map,
-                     "The values that become black and white. Without it: 0:1")
+                     "The values that become black and white. Without it: 0:1.")
         ->type_name("MIN:MAX")
         ->needs(image);
-    command->footer("Examples:\n"
-                    "  nodus eval examples/flipbook.json --frames 0:60:5\n"
-                    "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl\n"
-                    "  nodus eval examples/noise.json --frames 0:999 --shard 2/4 --out 2.csv\n"
-                    "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024");
+    command->footer(
+        "The faults of the options and of the graph are told all at once, before anything is\n"
+        "evaluated; of those of the table's rows, the first twenty. Then no file is written.\n\n"
+        "Examples:\n"
+        "  nodus eval examples/flipbook.json --frames 0:60:5\n"
+        "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl\n"
+        "  nodus eval examples/noise.json --frames 0:999 --shard 2/4 --out 2.csv\n"
+        "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024\n\n"
+        "Exit status:\n"
+        "  0  results, log or picture are written\n"
+        "  1  the work failed, for want of memory for one\n"
+        "  2  an option, the graph or the table is wrong, or a file cannot be read or written");
     return {command, [options, &shared] { return evaluate(*options, shared); }};
 }
 

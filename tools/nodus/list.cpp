@@ -202,7 +202,10 @@ Command addList(CLI::App& app, Shared const& shared)
         "type; from four letters on also any part of the name, and the beginning\n"
         "of a word of the group, the description or a port.");
     command->footer("A node type is a name and one of its types: Add and Float3 are Add_Float3.\n\n"
-                    "Examples:\n  nodus list log\n  nodus list rotate vector");
+                    "Examples:\n  nodus list log\n  nodus list rotate vector\n\n"
+                    "Exit status:\n"
+                    "  0  there are such node types\n"
+                    "  2  there are none, or a module cannot be loaded");
     return {command, [words, &shared] { return list(*words, shared); }};
 }
 

@@ -1,6 +1,7 @@
 // nodus: evaluates graphs of math nodes, and tells what nodes there are.
 #include "environment.h"
 #include "progress.h"
+#include "usage.h"
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/output_file.h"
@@ -68,33 +69,49 @@ int endAtClosedPipe()
 int run(int argc, char** argv)
 {
     CLI::App app("Evaluates graphs of math nodes over frames.", "nodus");
-    app.set_version_flag("--version", "nodus " NODUS_VERSION, "Print the version and leave");
-    app.set_help_flag("-h,--help", "Print this help and leave");
+    app.formatter(nodus::tools::helpFormatter());
+    app.set_version_flag("--version", "nodus " NODUS_VERSION, "Print the version and leave.");
+    app.set_help_flag("-h,--help", "Print this help and leave.");
     app.require_subcommand(1);
-    app.footer("Examples:\n"
-               "  nodus eval examples/flipbook.json --frames 0:60:5\n"
-               "  nodus show examples/drive.json -o drive.svg\n"
-               "  nodus describe Add\n"
-               "  nodus call Add_Float3 a=1,2,3 b=10,20,30\n\n"
-               "Exit status: 0 done, 1 the work failed, 2 wrong usage or input.\n"
-               "nodus COMMAND --help tells more about a command.");
+    app.footer(
+        "Examples:\n"
+        "  nodus eval examples/flipbook.json --frames 0:60:5\n"
+        "  nodus show examples/drive.json -o drive.svg\n"
+        "  nodus list rotate vector\n"
+        "  nodus describe Slerp\n"
+        "  nodus call Add_Float3 a=1,2,3 b=10,20,30\n\n"
+        "Exit status:\n"
+        "  0  the work is done\n"
+        "  1  the work failed, or nodus check found a fault\n"
+        "  2  the command line or a file is wrong: a line on standard error for each fault\n\n"
+        "nodus COMMAND --help, or nodus help COMMAND, tells more about a command.");
 
     nodus::tools::Shared shared;
-    app.add_option("--module", shared.modules,
-                   "A module to load, with its catalogue beside it; may be given more than once.\n"
-                   "Without it: libnodusmath.so of this installation")
+    app.add_option(
+           "--module", shared.modules,
+           "A module to load, with its catalogue beside it. It may be given more than once.\n"
+           "Without it: the module of this installation, libnodusmath.so.")
         ->type_name("FILE")
         ->take_all();
 
     nodus::tools::Command const commands[] = {
-        nodus::tools::addEval(app, shared),     nodus::tools::addMerge(app),
-        nodus::tools::addShow(app, shared),     nodus::tools::addList(app, shared),
-        nodus::tools::addDescribe(app, shared), nodus::tools::addCall(app, shared),
-        nodus::tools::addCheck(app, shared),    nodus::tools::addDigest(app, shared),
+        nodus::tools::addEval(app, shared),
+        nodus::tools::addMerge(app),
+        nodus::tools::addShow(app, shared),
+        nodus::tools::addList(app, shared),
+        nodus::tools::addDescribe(app, shared),
+        nodus::tools::addCall(app, shared),
+        nodus::tools::addCheck(app, shared),
+        nodus::tools::addDigest(app, shared),
+        nodus::tools::addHelp(app),
+        nodus::tools::addVersion(app),
         nodus::tools::addManual(app, shared),
     };
-    for (auto const& command : commands)
-        command.app->fallthrough()->set_help_flag("-h,--help", "Print this help and leave");
+    for (auto const& command : commands) {
+        command.app->fallthrough()->set_help_flag("-h,--help", "Print this help and leave.");
+        if (!command.app->get_group().empty())
+            command.app->group("Commands");
+    }
 
     try {
         app.parse(argc, argv);
@@ -105,8 +122,7 @@ int run(int argc, char** argv)
         nodus::tools::print(app.version() + "\n");
         return 0;
     } catch (CLI::ParseError const& error) {
-        complain(std::string(error.what()) + " (nodus --help tells more)");
-        return kWrongInput;
+        throw nodus::host::Fault(nodus::tools::usageFaults(app, error));
     }
     for (auto const& command : commands)
         if (command.app->parsed())

@@ -63,27 +63,36 @@ Command addMerge(CLI::App& app)
         app.add_subcommand("merge", "Join the results of shards to the very bytes of a single run");
     auto const options = std::make_shared<MergeOptions>();
     command
-        ->add_option(
-            "FILE", options->parts,
-            "The files of the shards, in any order: results (.csv or .jsonl) or logs (.log)")
+        ->add_option("FILE", options->parts,
+                     "What nodus eval --shard wrote, in any order: results (.csv or .jsonl) or\n"
+                     "logs (.log).")
         ->required();
     command
-        ->add_option("--out", options->out,
-                     "Where the whole goes; a file appears whole or not at all.\n"
-                     "Without it, or with -: standard output")
+        ->add_option(
+            "--out", options->out,
+            "Where the whole goes, of the same kind. The file appears whole or not at all.\n"
+            "Without it, or with -: standard output.")
         ->type_name("FILE");
     command
-        ->add_option("--frames", options->frames,
-                     "The frames of all shards together, as they were given to nodus eval:\n"
-                     "each has to be there once. Logs can do without")
+        ->add_option(
+            "--frames", options->frames,
+            "The frames of all shards together, as nodus eval was given them: each has to\n"
+            "be there once. Logs can do without.")
         ->type_name("A:B[:STEP]");
     command
         ->add_option("--data", options->data,
-                     "The table that was given to nodus eval: without --frames, its rows tell them")
+                     "The table that nodus eval was given: its rows tell the frames when --frames\n"
+                     "does not.")
         ->type_name("TABLE.csv");
-    command->footer("Examples:\n"
-                    "  nodus merge part-*.csv --frames 0:999 --out result.csv\n"
-                    "  nodus merge part-*.log --out result.log");
+    command->footer(
+        "Examples:\n"
+        "  nodus merge part-*.csv --frames 0:999 --out result.csv\n"
+        "  nodus merge part-*.log --out result.log\n\n"
+        "Exit status:\n"
+        "  0  the whole is written\n"
+        "  1  the work failed, for want of memory for one\n"
+        "  2  an option or a file is wrong, or a frame is missing, there twice or none of\n"
+        "     the whole's; then no file is written");
     return {command, [options] { return merge(*options); }};
 }
 

@@ -133,23 +133,27 @@ int show(ShowOptions const& options, Shared const& shared)
 
 Command addShow(CLI::App& app, Shared const& shared)
 {
-    CLI::App* const command =
-        app.add_subcommand("show", "Draw a graph as a picture; needs the program dot of Graphviz");
+    CLI::App* const command = app.add_subcommand("show", "Draw a graph as a picture");
     auto const options = std::make_shared<ShowOptions>();
-    command->add_option("GRAPH", options->graph, "The graph file, JSON; - is standard input")
+    command->add_option("GRAPH", options->graph, "The graph, a JSON file; - is standard input.")
         ->required();
     command
-        ->add_option(
-            "-o,--out", options->out,
-            "Where the picture goes, whole or not at all; .dot is Graphviz's own language\n"
-            "and needs no dot. Without it, or with -: SVG on standard output")
-        ->type_name("FILE.svg|.png|.pdf|.dot");
-    command->footer("Boxes are nodes with their ports, types and constants (grey: by default),\n"
-                    "outlined shapes are the frame, columns and pixels, filled ones the results.\n"
-                    "Columns need no table here.\n\n"
-                    "Examples:\n"
-                    "  nodus show examples/skeleton.json -o skeleton.svg\n"
-                    "  nodus show examples/drive.json -o drive.png");
+        ->add_option("-o,--out", options->out,
+                     "Where the picture goes: an .svg, .png or .pdf file, or .dot, Graphviz's own\n"
+                     "language. It appears whole or not at all.\n"
+                     "Without it, or with -: SVG on standard output.")
+        ->type_name("FILE");
+    command->footer(
+        "Boxes are nodes with their ports, types and constants (grey: by default); outlined\n"
+        "shapes are the frame, columns and pixels, filled ones the results. No table is needed.\n"
+        "The program dot of Graphviz lays the picture out; only .dot files need none.\n\n"
+        "Examples:\n"
+        "  nodus show examples/skeleton.json -o skeleton.svg\n"
+        "  nodus show examples/drive.json -o drive.png\n\n"
+        "Exit status:\n"
+        "  0  the picture is written\n"
+        "  1  the work failed, for want of memory for one\n"
+        "  2  the graph is wrong, a file cannot be read or written, or dot is missing");
     return {command, [options, &shared] { return show(*options, shared); }};
 }
 

@@ -75,18 +75,21 @@ std::string shortened(std::string_view text, std::size_t most);
 // Input in a message: in quotes, the beginning of a long one.
 std::string inQuotes(std::string_view text);
 
-// "a, b or c"; nothing for an empty list. At most eight are named. The last two may be joined by
-// another word.
-std::string alternatives(std::vector<std::string_view> const& names, std::string_view word = "or");
+// "a, b or c"; nothing for an empty list. The last two may be joined by another word.
+std::string alternatives(std::vector<std::string_view> const& names, std::string_view word = "or",
+                         std::size_t most = 8);
 
-// The known name nearest to a misspelt one, if any is near: "; did you mean 'axis'?", else nothing.
+// The known name nearest to a misspelt one, or an empty one when none is near.
+template <typename Names> std::string_view nearestName(std::string_view wrong, Names const& known);
+
+// The same in words: "; did you mean 'axis'?", else nothing.
 template <typename Names> std::string didYouMean(std::string_view wrong, Names const& known);
 
 // How one text becomes the other: insertions, deletions, replacements and swaps of neighbours, with
 // the case of letters counted for nothing. Gives up and returns limit when it takes that many.
 std::size_t editDistance(std::string_view a, std::string_view b, std::size_t limit);
 
-template <typename Names> std::string didYouMean(std::string_view wrong, Names const& known)
+template <typename Names> std::string_view nearestName(std::string_view wrong, Names const& known)
 {
     std::string_view nearest;
     std::size_t best = wrong.size() < 3 ? 1 : wrong.size() < 5 ? 2 : wrong.size() < 9 ? 3 : 4;
@@ -95,6 +98,12 @@ template <typename Names> std::string didYouMean(std::string_view wrong, Names c
             best = distance;
             nearest = name;
         }
+    return nearest;
+}
+
+template <typename Names> std::string didYouMean(std::string_view wrong, Names const& known)
+{
+    std::string_view const nearest = nearestName(wrong, known);
     return nearest.empty() ? "" : "; did you mean '" + std::string(nearest) + "'?";
 }
 
