@@ -63,16 +63,31 @@ cd "$scratch"
 : >spinning.json
 offers spinning.json nodus eval spin
 offers spinning.json nodus eval --data spin
+offers spinning.json nodus eval x.json --data = spin
+offers spinning.json nodus check spin
+offers describe nodus help desc
+offers --shard nodus eval spinning.json ''
+module=$1/lib/libnodusmath.so
+offers describe nodus --module "$module" desc
+offers Add_Translation nodus --module = "$module" call Add_Tr
+# A module that is not there has no types, whatever the one of the installation has.
+[ -z "$(complete_words nodus --module /nowhere.so describe Add_Tr)" ] || fail "bash offers other types"
+[ "$(complete_words nodus call Add_Float3 a = 1,2,3 '')" = b= ] || fail "bash offers other ports"
 
 "$nodus" manual zsh >"$scratch/_nodus"
 for command in $commands; do
     sed -n "/^    $command)\$/,/;;/p" "$scratch/_nodus" >"$scratch/section"
     for option in $(options_of "$command"); do
-        grep -q -e "[)*]$option\\[" "$scratch/section" || fail "_nodus lacks '$command $option'"
+        grep -q -e "[)*]$option=\\?\\[" "$scratch/section" || fail "_nodus lacks '$command $option'"
     done
 done
+grep -q 'a Color or a Float4, as a picture\]' "$scratch/_nodus" || fail "_nodus cuts sentences"
 offered=$(zsh -f "$here/zsh_completion.zsh" "$nodus" "$scratch/_nodus") || fail "zsh gives no answer"
 expected='completed <nodus describe >
-completed <nodus eval --frames >
-completed <nodus call Add_Translation >'
+completed <nodus eval --frames=>
+completed <nodus call Add_Translation >
+completed <nodus help describe >
+completed <nodus --module /nowhere.so describe Add_Tr>
+completed <nodus --module '"$module"' describe >
+completed <nodus --module='"$module"' call Add_Float3 a=1,2,3 b=>'
 [ "$offered" = "$expected" ] || fail "zsh completes otherwise: $offered"

@@ -22,7 +22,9 @@ wait_for() { # lines of output, for at most ten seconds
 }
 wait_for 0
 lines=0
-for line in 'nodus desc' 'nodus eval --fram' 'nodus call Add_Tr'; do
+for line in 'nodus desc' 'nodus eval --fram' 'nodus call Add_Tr' 'nodus help desc' \
+    'nodus --module /nowhere.so describe Add_Tr' "nodus --module $1:h:h/lib/libnodusmath.so descr" \
+    "nodus --module=$1:h:h/lib/libnodusmath.so call Add_Float3 a=1,2,3 "; do
     zpty -w -n shell "$line"$'\t'
     wait_for $(( ++lines ))
 done

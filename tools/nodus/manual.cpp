@@ -176,16 +176,26 @@ nodus show examples/drive.json >drive.svg
     return page;
 }
 
-std::string nodeTypes(Shared const& shared)
+// What completions offer: node types and families.
+std::string nodeTypes(host::Catalogue const& catalogue)
 {
-    Environment const environment(shared);
     std::string lines;
-    for (host::Family const& family : environment.catalogue().families()) {
+    for (host::Family const& family : catalogue.families()) {
         lines += family.name + "\n";
         for (host::NodeType const* const type : family.nodeTypes)
             if (type->name != family.name)
                 lines += type->name + "\n";
     }
+    return lines;
+}
+
+// The inputs of a node type as nodus call takes them, "angle="; none of what is no node type.
+std::string portsOf(host::Catalogue const& catalogue, std::string const& type)
+{
+    std::string lines;
+    if (host::NodeType const* const found = catalogue.find(type))
+        for (host::Port const& port : found->inputs)
+            lines += port.name + "=\n";
     return lines;
 }
 
@@ -195,22 +205,22 @@ Command addManual(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("manual", "Write the manual or a completion");
     command->group("");
-    auto const what = std::make_shared<std::string>();
-    command->add_option("WHAT", *what, "man, bash, zsh or types")
-        ->required()
-        ->check(CLI::Validator(
-            [](std::string const& text) -> std::string {
-                for (char const* const known : {"man", "bash", "zsh", "types"})
-                    if (text == known)
-                        return {};
-                return "wants man, bash, zsh or types, not " + host::inQuotes(text);
-            },
-            ""));
-    return {command, [what, &app, &shared] {
-                print(*what == "man"    ? manualPage(app)
-                      : *what == "bash" ? bashCompletion(app)
-                      : *what == "zsh"  ? zshCompletion(app)
-                                        : nodeTypes(shared));
+    auto const what = std::make_shared<std::string>(), type = std::make_shared<std::string>();
+    command->add_option("WHAT", *what, "man, bash, zsh, types or ports")->required();
+    command->add_option("TYPE", *type, "The node type whose ports are meant");
+    return {command, [what, type, &app, &shared] {
+                if (*what == "man" || *what == "bash" || *what == "zsh") {
+                    print(*what == "man"    ? manualPage(app)
+                          : *what == "bash" ? bashCompletion(app)
+                                            : zshCompletion(app));
+                    return 0;
+                }
+                if (*what != "types" && *what != "ports")
+                    throw host::Fault("manual wants man, bash, zsh, types or ports, not " +
+                                      host::inQuotes(*what));
+                Environment const environment(shared);
+                print(*what == "types" ? nodeTypes(environment.catalogue())
+                                       : portsOf(environment.catalogue(), *type));
                 return 0;
             }};
 }
