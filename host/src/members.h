@@ -1,5 +1,4 @@
-// Members of JSON objects that nobody reads are faults: they are misspelt, or mean what they do
-// not.
+// Members of JSON objects that nobody reads are faults: most of them are misspelt.
 #pragma once
 
 #include "nodus/host/json.h"
@@ -20,10 +19,10 @@ inline void refuseUnknownMembers(JsonValue const& object,
         if (std::ranges::find(known, object.keys[i]) != known.end())
             continue;
         std::string const near = didYouMean(object.keys[i], known);
-        faults.add(object.items[i].line,
-                   place + (place.empty() ? "" : ": ") + "unknown member " +
-                       inQuotes(object.keys[i]) +
-                       (near.empty() ? "; known: " + alternatives(known) : near));
+        faults.add(
+            object.items[i].line,
+            place + (place.empty() ? "" : ": ") + "unknown member " + inQuotes(object.keys[i]) +
+                (near.empty() ? "; known: " + alternatives(known, "or", known.size()) : near));
     }
 }
 

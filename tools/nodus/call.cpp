@@ -27,16 +27,17 @@ struct CallOptions {
 void setInput(host::GraphNode& node, std::string const& argument)
 {
     auto const equals = argument.find('=');
-    if (equals == argument.npos)
-        throw host::Fault("'" + argument + "' is no PORT=VALUE");
     std::string const name = argument.substr(0, equals);
     host::Port const* const port = node.type->findInput(name);
-    if (port == nullptr) {
+    if (equals == argument.npos || port == nullptr) {
         std::vector<std::string_view> names;
         for (host::Port const& known : node.type->inputs)
             names.push_back(known.name);
-        throw host::Fault(node.type->name + " has no input '" + name + "'; it has " +
-                          host::alternatives(names));
+        std::string const known = " has " + host::alternatives(names);
+        throw host::Fault(
+            equals == argument.npos
+                ? host::inQuotes(argument) + " is no PORT=VALUE; " + node.type->name + known
+                : node.type->name + " has no input " + host::inQuotes(name) + "; it" + known);
     }
     host::Value value = port->standard;
     std::string wrong;
