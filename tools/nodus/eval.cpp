@@ -158,8 +158,8 @@ Command addEval(CLI::App& app, Shared const& shared)
     command
         ->add_option(
             "--frames", options->frames,
-            "The frames from A to B, both included, or every STEP-th of them; A alone is one.\n"
-            "Without it: a frame for each row of the table, or frame 0.")
+            "The frames from A to B, both included, or every STEP-th of them; A alone is one\n"
+            "frame. Without it: a frame for each row of the table, or frame 0.")
         ->type_name("A:B[:STEP]");
     CLI::Option* const shard =
         command
@@ -227,7 +227,7 @@ Command addEval(CLI::App& app, Shared const& shared)
         "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024\n\n"
         "Exit status:\n"
         "  0  results, log or picture are written\n"
-        "  1  the work failed, for want of memory for one\n"
+        "  1  the work failed, for want of memory for instance\n"
         "  2  an option, the graph or the table is wrong, or a file cannot be read or written");
     return {command, [options, &shared] { return evaluate(*options, shared); }};
 }

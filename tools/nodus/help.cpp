@@ -9,9 +9,10 @@ namespace nodus::tools {
 Command addHelp(CLI::App& app)
 {
     CLI::App* const command =
-        app.add_subcommand("help", "Tell how the command, or one of its commands, is used");
+        app.add_subcommand("help", "Tell how nodus, or one of its commands, is used");
     auto const name = std::make_shared<std::string>();
-    command->add_option("COMMAND", *name, "One of the commands. Without it: all in short.");
+    command->add_option("COMMAND", *name, "One of the commands. Without it: all of them in short.");
+    command->footer("Exit status:\n  0  it is told\n  2  there is no such command");
     return {command, [name, &app] {
                 CLI::App* const wanted = name->empty() ? &app : findCommand(app, *name);
                 if (wanted == nullptr)
@@ -24,6 +25,7 @@ Command addHelp(CLI::App& app)
 Command addVersion(CLI::App& app)
 {
     CLI::App* const command = app.add_subcommand("version", "Print the version");
+    command->footer("Exit status:\n  0  it is printed");
     return {command, [&app] {
                 print(app.version() + "\n");
                 return 0;

@@ -197,10 +197,10 @@ Command addList(CLI::App& app, Shared const& shared)
     auto const words = std::make_shared<Words>();
     command->add_option(
         "WORD", *words,
-        "Only what every word leads to, the nearest first. A word is the beginning\n"
-        "of a word of the name (QuatArcRotate is three), of a search word or of a\n"
-        "type; from four letters on also any part of the name, and the beginning\n"
-        "of a word of the group, the description or a port.");
+        "List only what every word matches, the best matches first. A word matches the\n"
+        "beginning of a word of the name (QuatArcRotate has three), of a search word or of a\n"
+        "type. From four letters on it also matches any part of the name, and the beginning\n"
+        "of a word of the group, of the description or of a port.");
     command->footer("A node type is a name and one of its types: Add and Float3 are Add_Float3.\n\n"
                     "Examples:\n  nodus list log\n  nodus list rotate vector\n\n"
                     "Exit status:\n"

@@ -204,7 +204,7 @@ std::string portsOf(host::Catalogue const& catalogue, std::string const& type)
 Command addManual(CLI::App& app, Shared const& shared)
 {
     CLI::App* const command = app.add_subcommand("manual", "Write the manual or a completion");
-    command->group("");
+    command->group("")->footer("");
     auto const what = std::make_shared<std::string>(), type = std::make_shared<std::string>();
     command->add_option("WHAT", *what, "man, bash, zsh, types or ports")->required();
     command->add_option("TYPE", *type, "The node type whose ports are meant");

@@ -90,7 +90,7 @@ Command addMerge(CLI::App& app)
         "  nodus merge part-*.log --out result.log\n\n"
         "Exit status:\n"
         "  0  the whole is written\n"
-        "  1  the work failed, for want of memory for one\n"
+        "  1  the work failed, for want of memory for instance\n"
         "  2  an option or a file is wrong, or a frame is missing, there twice or none of\n"
         "     the whole's; then no file is written");
     return {command, [options] { return merge(*options); }};

@@ -152,7 +152,7 @@ Command addShow(CLI::App& app, Shared const& shared)
         "  nodus show examples/drive.json -o drive.png\n\n"
         "Exit status:\n"
         "  0  the picture is written\n"
-        "  1  the work failed, for want of memory for one\n"
+        "  1  the work failed, for want of memory for instance\n"
         "  2  the graph is wrong, a file cannot be read or written, or dot is missing");
     return {command, [options, &shared] { return show(*options, shared); }};
 }
