@@ -18,7 +18,7 @@ if(NODUSMATH_PORTABLE AND EXISTS ${musl_notice})
   install(FILES ${musl_notice} DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright.musl
     COMPONENT module)
 endif()
-install(FILES modules/nodusmath/kernels.def
+install(FILES ${CMAKE_BINARY_DIR}/modules/nodusmath/kernel_list/kernels.def
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nodusmath COMPONENT devel)
 
 # find_package() and pkg-config know both libraries by the same names.

@@ -18,7 +18,8 @@ blocks() { # blocks PAGE LANGUAGE NAME
 }
 compile() {
     "$cxx" -x c++ -std=c++20 -Wall -Wextra -D_GLIBCXX_USE_CXX11_ABI=0 \
-        -I"$source/runtime/include" -I"$source/modules" -I"$source/modules/nodusmath" "$@"
+        -I"$source/runtime/include" -I"$source/modules" -I"$source/modules/nodusmath" \
+        -I"$build/modules/nodusmath/kernel_list" "$@"
 }
 
 blocks adding_a_family.md cpp family

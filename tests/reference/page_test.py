@@ -40,7 +40,7 @@ class Page(unittest.TestCase):
             ports = [port['name'] for port in family['inputs'] + family['outputs']]
             self.assertEqual(rows, ports, family['name'])
             self.assertIn(html.escape(family['edges'], quote=False), ARTICLES[family['name']])
-        listed = re.findall(r'NODUS_\w+\((\w+)\)', (SOURCE / 'modules/nodusmath/kernels.def').read_text())
+        listed = re.findall(r'NODUS_\w+\((\w+)\)', (BUILD / 'modules/nodusmath/kernel_list/kernels.def').read_text())
         shown = re.findall(r'<li><code>(\w+)</code>', ' '.join(ARTICLES.values()))
         # The logging kernels have no underscore between family and type.
         self.assertEqual(sorted(shown), sorted(listed))

@@ -28,8 +28,8 @@ TEST(Check, OurModuleHasNoFault)
 {
     Found const found = check(NODUS_TEST_MODULE);
     EXPECT_EQ(found.run.exitStatus, 0) << found.run.out << found.run.error;
-    EXPECT_EQ(found.report["kernels"], 291);
-    EXPECT_EQ(found.report["tried"], 291);
+    EXPECT_GT(found.report["kernels"], 290);
+    EXPECT_EQ(found.report["tried"], found.report["kernels"]);
     EXPECT_GT(found.report["inputs"], 50000);
     EXPECT_EQ(found.report["faults"].size(), 0u);
 }

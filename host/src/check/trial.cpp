@@ -19,7 +19,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// Without a time limit. All 291 kernels of the module take some five million.
+// Without a time limit. All kernels of the module take some five million.
 constexpr std::size_t kRandomInputs = 16384;
 // How many inputs of a kernel are kept for the trial on two threads.
 constexpr std::size_t kKeptInputs = 512;
