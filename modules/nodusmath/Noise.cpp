@@ -3,9 +3,7 @@
 // them the gradients' ramps are blended. The pattern repeats every 256 units of each coordinate.
 #include "kernels.h"
 #include "ports.h"
-#include "qvr/integers.h"
 #include "qvr/polynomials.h"
-#include "qvr/vec4.h"
 
 #include <atomic>
 #include <cmath>

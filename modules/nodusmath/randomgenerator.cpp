@@ -6,7 +6,6 @@
 #include "kernels.h"
 #include "mathlibrary.h"
 #include "ports.h"
-#include "qvr/integers.h"
 #include "qvr/quaternion.h"
 #include "qvr/vec4.h"
 #include "randomsequence.h"
@@ -209,7 +208,7 @@ QVR_INLINE _vec4 drawComponents(Int32 const& seed, Int32 const& distribution, T 
     NodusRandomGenerator_BaseSolve(kPerFrame<T>.uniform, seed, workspace, r);
     if (distribution != kUniform)
         return zero();
-    return uniformDraw(interval(), fromIntegers(r[0], r[1], r[2], r[3]) * kUnitInLanes);
+    return uniformDraw(interval(), toFloats(integerLanes(r[0], r[1], r[2], r[3])) * kUnitInLanes);
 }
 
 // The lowest bits of consecutive numbers alternate.

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "mathlibrary.h"
-#include "qvr/scalar.h"
+#include "qvr/estimates.h"
 #include "values.h"
 
 #include <bit>

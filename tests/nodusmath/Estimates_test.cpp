@@ -12,19 +12,19 @@ namespace {
 
 struct Estimate {
     char const* why;
-    __m128 (*instruction)(__m128);
-    __m128 (*exact)(__m128);
+    qvr::_vec4 (*instruction)(qvr::_vec4);
+    qvr::_vec4 (*exact)(qvr::_vec4);
     float lastSure;  // above it the instruction may give zeros where the quotient is still normal
 };
 Estimate const kEstimates[] = {
-    {"1 / v", [](__m128 v) { return _mm_rcp_ps(v); }, qvr::exactReciprocal, 0x1.8p+125f},
-    {"1 / sqrt(v)", [](__m128 v) { return _mm_rsqrt_ps(v); }, qvr::exactReciprocalSquareRoot,
-     0x1.fffffep127f},
+    {"1 / v", qvr::estimatedReciprocal, qvr::exactReciprocal, 0x1.8p+125f},
+    {"1 / sqrt(v)", [](qvr::_vec4 v) { return qvr::estimatedReciprocalRoot(v); },
+     [](qvr::_vec4 v) { return qvr::exactReciprocalSquareRoot(v); }, 0x1.fffffep127f},
 };
 
-float lane0Of(__m128 (*function)(__m128), float v)
+float lane0Of(qvr::_vec4 (*function)(qvr::_vec4), float v)
 {
-    return _mm_cvtss_f32(function(_mm_set1_ps(v)));
+    return qvr::lane0(function(qvr::broadcast(v)));
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Sums of products: the dot product, the cross product, and the normalisation that they carry.
 #pragma once
 
-#include "vec4.h"
+#include "estimates.h"
 
 namespace qvr {
 
