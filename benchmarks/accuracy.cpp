@@ -1,5 +1,5 @@
-// Measures how far the polynomials and the conversions of angles are from the truth, and prints it
-// as a Markdown table. The truth is long double.
+// Measures how far the polynomials and the conversions of angles are from the truth, which is long
+// double, and prints it as a Markdown table.
 #include "qvr/arctangent.h"
 #include "qvr/polynomials.h"
 #include "qvr/quaternion.h"
@@ -10,116 +10,101 @@
 #include <cstdio>
 #include <numbers>
 #include <random>
+#include <string>
 
 using namespace qvr;
 
 namespace {
 
-constexpr long double kExactPi = std::numbers::pi_v<long double>;
+using Long = long double;
 
-// Visits every step-th float of both signs up to limit, and the limits themselves.
-template <typename Visit> void forFloats(float limit, std::uint32_t step, Visit visit)
+void row(std::string const& what, char const* range, Long error)
 {
+    std::printf("| %s | %s | %.2Le |\n", what.c_str(), range, error);
+}
+
+// Over every 61st float of both signs up to the limit, and the limits themselves.
+void row(char const* what, char const* range, float limit, _vec4 (*function)(_vec4),
+         Long (*truth)(Long))
+{
+    Long largest = 0;
     auto const last = std::bit_cast<std::uint32_t>(limit);
-    for (std::uint32_t pattern = 0; pattern < last; pattern += step) {
-        visit(std::bit_cast<float>(pattern));
-        visit(-std::bit_cast<float>(pattern));
-    }
-    visit(limit);
-    visit(-limit);
+    for (std::uint32_t pattern = 0; pattern < last + 61; pattern += 61)
+        for (float const sign : {1.0f, -1.0f}) {
+            float const x = sign * std::bit_cast<float>(std::min(pattern, last));
+            largest = std::max(largest, std::abs(lane0(function(broadcast(x))) - truth(x)));
+        }
+    row(what, range, largest);
 }
 
-template <typename Approximation, typename Truth>
-double largestError(float limit, Approximation approximation, Truth truth)
+template <typename Error> Long largest(int count, Error error)
 {
-    long double largest = 0;
-    forFloats(limit, 61, [&](float x) {
-        long double const is = lane0(approximation(broadcast(x)));
-        largest = std::max(largest, std::abs(is - truth(static_cast<long double>(x))));
-    });
-    return static_cast<double>(largest);
+    Long largest = 0;
+    for (int i = 0; i < count; ++i)
+        largest = std::max(largest, error());
+    return largest;
 }
 
-double largestErrorOfArctangent(std::mt19937& random)
+float between(float low, float high)
 {
-    std::uniform_real_distribution<float> lane(-1, 1);
-    long double largest = 0;
-    for (int i = 0; i < 20'000'000; ++i) {
-        float const num = lane(random), den = lane(random);
-        long double const is = lane0(arctangent2(broadcast(num), broadcast(den)));
-        long double const truth =
-            std::atan2(static_cast<long double>(num), static_cast<long double>(den));
-        largest = std::max(largest, std::abs(is - truth));
-    }
-    return static_cast<double>(largest);
+    static std::mt19937 random(20240229);
+    return std::uniform_real_distribution<float>(low, high)(random);
 }
 
-double largestErrorOfLength(std::mt19937& random)
+Long errorOfArctangent()
 {
-    std::uniform_real_distribution<float> lane(-1, 1);
-    long double largest = 0;
-    for (int i = 0; i < 5'000'000; ++i) {
-        _vec4 const v = lanes(lane(random), lane(random), lane(random), lane(random));
-        _vec4 const u = normalizeFast(v);
-        long double squares = 0;
-        for (long double const x : {laneOf<0>(u), laneOf<1>(u), laneOf<2>(u), laneOf<3>(u)})
-            squares += x * x;
-        largest = std::max(largest, std::abs(std::sqrt(squares) - 1));
-    }
-    return static_cast<double>(largest);
+    float const num = between(-1, 1), den = between(-1, 1);
+    return std::abs(lane0(arctangent2(broadcast(num), broadcast(den))) -
+                    std::atan2(static_cast<Long>(num), static_cast<Long>(den)));
+}
+
+Long errorOfLength()
+{
+    _vec4 const v = lanes(between(-1, 1), between(-1, 1), between(-1, 1), between(-1, 1));
+    _vec4 const u = normalizeFast(v);
+    Long squares = 0;
+    for (Long const x : {laneOf<0>(u), laneOf<1>(u), laneOf<2>(u), laneOf<3>(u)})
+        squares += x * x;
+    return std::abs(std::sqrt(squares) - 1);
 }
 
 // Of all three angles. Orders 0 to 11: outer angles anywhere, the middle one within 1.4 rad. Twist
 // and swing: swings of 0.1 to 2.5 rad of either sign.
-double largestErrorOfRoundTrip(std::int32_t order, std::mt19937& random)
+Long errorOfRoundTrip(std::int32_t order)
 {
-    std::uniform_real_distribution<float> outer(-3.14f, 3.14f), middle(-1.4f, 1.4f),
-        swing(0.1f, 2.5f);
+    float angles[4] = {between(-3.14f, 3.14f), between(-3.14f, 3.14f), between(-3.14f, 3.14f), 0};
+    if (order < 12)
+        angles[QvEulerAxis[order][1]] = between(-1.4f, 1.4f);
+    else
+        for (int const swing : {1, 2})
+            angles[swing] = std::copysign(between(0.1f, 2.5f), angles[swing]);
+    float back[4];
     CGRotationOrder const rotationOrder{order};
-    double largest = 0;
-    for (int i = 0; i < 2'000'000; ++i) {
-        float angles[4] = {outer(random), outer(random), outer(random), 0};
-        if (order < 12) {
-            angles[QvEulerAxis[order][1]] = middle(random);
-        } else {
-            angles[1] = std::copysign(swing(random), angles[1]);
-            angles[2] = std::copysign(swing(random), angles[2]);
-        }
-        float back[4];
-        storeUnaligned(back, rotationOrder.Q2V(rotationOrder.V2Q(loadUnaligned(angles))));
-        for (int axis = 0; axis < 3; ++axis)
-            largest = std::max(largest, std::abs(static_cast<double>(back[axis]) -
-                                                 static_cast<double>(angles[axis])));
-    }
-    return largest;
-}
-
-void row(char const* what, char const* range, double error)
-{
-    std::printf("| %s | %s | %.2e |\n", what, range, error);
+    storeUnaligned(back, rotationOrder.Q2V(rotationOrder.V2Q(loadUnaligned(angles))));
+    Long error = 0;
+    for (int axis = 0; axis < 3; ++axis)
+        error = std::max(error, std::abs(static_cast<Long>(back[axis]) - angles[axis]));
+    return error;
 }
 
 }  // namespace
 
 int main()
 {
-    auto const pi = static_cast<float>(kExactPi);
-    std::mt19937 random(20240229);
+    constexpr float kHalfTurn = std::numbers::pi_v<float>;
     std::puts("| function | range | largest absolute error |\n|---|---|---|");
-    row("`sinPoly`", "[-pi, pi]", largestError(pi, sinPoly, [](auto x) { return std::sin(x); }));
-    row("`cosPoly`", "[-pi, pi]", largestError(pi, cosPoly, [](auto x) { return std::cos(x); }));
-    row("`cosOfTurns`", "[-1, 1] turns",
-        largestError(1, cosOfTurns, [](auto x) { return std::cos(2 * kExactPi * x); }));
-    row("`acosPoly`", "[-1, 1]", largestError(1, acosPoly, [](auto x) { return std::acos(x); }));
-    row("`asinPoly`", "[-1, 1]", largestError(1, asinPoly, [](auto x) { return std::asin(x); }));
-    row("`arctangent2`", "all directions", largestErrorOfArctangent(random));
-    row("length after `normalizeFast`", "lanes in [-1, 1]", largestErrorOfLength(random));
+    row("`sinPoly`", "[-pi, pi]", kHalfTurn, sinPoly, std::sin);
+    row("`cosPoly`", "[-pi, pi]", kHalfTurn, cosPoly, std::cos);
+    row("`cosOfTurns`", "[-1, 1] turns", 1, cosOfTurns,
+        [](Long turns) { return std::cos(2 * std::numbers::pi_v<Long> * turns); });
+    row("`acosPoly`", "[-1, 1]", 1, acosPoly, std::acos);
+    row("`asinPoly`", "[-1, 1]", 1, asinPoly, std::asin);
+    row("`arctangent2`", "all directions", largest(20'000'000, errorOfArctangent));
+    row("length after `normalizeFast`", "lanes in [-1, 1]", largest(5'000'000, errorOfLength));
     constexpr char const* kOrders[] = {"X, Y, Z", "X, Z, Y", "Y, Z, X",        "Y, X, Z",
                                        "Z, X, Y", "Z, Y, X", "twist and swing"};
-    for (std::int32_t order = 0; order <= 12; ++order) {
-        char what[64];
-        std::snprintf(what, sizeof what, "order %d, %s, there and back", order, kOrders[order / 2]);
-        row(what, order < 12 ? "middle angle in [-1.4, 1.4]" : "swings of 0.1 to 2.5 rad",
-            largestErrorOfRoundTrip(order, random));
-    }
+    for (std::int32_t order = 0; order <= 12; ++order)
+        row("order " + std::to_string(order) + ", " + kOrders[order / 2] + ", there and back",
+            order < 12 ? "middle angle in [-1.4, 1.4]" : "swings of 0.1 to 2.5 rad",
+            largest(2'000'000, [=] { return errorOfRoundTrip(order); }));
 }

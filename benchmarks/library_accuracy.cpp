@@ -13,7 +13,7 @@ namespace {
 template <typename T> using Arguments = std::array<T, 4096>;
 
 // The fastest pass over the arguments.
-template <typename T> double secondsOf(T (*function)(T, T), Arguments<T> const& arguments)
+template <typename T> double secondsOf(Function<T> const& function, Arguments<T> const& arguments)
 {
     using Clock = std::chrono::steady_clock;
     auto fastest = Clock::duration::max();

@@ -9,64 +9,61 @@
 #include <cstring>
 #include <limits>
 #include <random>
-#include <span>
 
 namespace nodus::test {
-
-// Functions of one argument leave the second alone.
-template <typename T> struct LibraryFunction {
-    char const* name;
-    T (*portable)(T, T);
-    T (*cLibrary)(T, T);
-    long double (*truth)(long double, long double);
-    T lowest, highest;  // of half of the arguments; the others have any bits
-    double error;       // in units of the last place, not exceeded
-};
 
 namespace portable = nodusmath::library;
 using Long = long double;
 
+// Of one argument, or of two; the second is left alone by the first kind.
+template <typename T> struct Function {
+    constexpr Function(T (*function)(T)) : one(function) {}
+    constexpr Function(T (*function)(T, T)) : two(function) {}
+    T operator()(T x, T y) const { return one != nullptr ? one(x) : two(x, y); }
+    T (*one)(T) = nullptr;
+    T (*two)(T, T) = nullptr;
+};
+
+template <typename T> struct LibraryFunction {
+    char const* name;
+    Function<T> portable, cLibrary;
+    Function<Long> truth;
+    T lowest, highest;  // of half of the arguments; the others have any bits
+    double error;       // in units of the last place, not exceeded
+};
+
+template <typename T> T extended(T x)
+{
+    return static_cast<T>(portable::exp(static_cast<Long>(x)));
+}
+template <typename T> T rounded(T x) { return static_cast<T>(std::exp(static_cast<Long>(x))); }
+
 template <typename T>
 inline constexpr LibraryFunction<T> kLibraryFunctions[] = {
-    {"sin", [](T x, T) { return portable::sin(x); }, [](T x, T) { return std::sin(x); },
-     [](Long x, Long) { return std::sin(x); }, -7, 7, 1},
-    {"cos", [](T x, T) { return portable::cos(x); }, [](T x, T) { return std::cos(x); },
-     [](Long x, Long) { return std::cos(x); }, -7, 7, 1},
-    {"tan", [](T x, T) { return portable::tan(x); }, [](T x, T) { return std::tan(x); },
-     [](Long x, Long) { return std::tan(x); }, -7, 7, 1},
-    {"asin", [](T x, T) { return portable::asin(x); }, [](T x, T) { return std::asin(x); },
-     [](Long x, Long) { return std::asin(x); }, -1, 1, 1},
-    {"acos", [](T x, T) { return portable::acos(x); }, [](T x, T) { return std::acos(x); },
-     [](Long x, Long) { return std::acos(x); }, -1, 1, 1},
-    {"atan2", [](T y, T x) { return portable::atan2(y, x); },
-     [](T y, T x) { return std::atan2(y, x); }, [](Long y, Long x) { return std::atan2(y, x); }, -2,
-     2, 1.5},
-    {"exp", [](T x, T) { return portable::exp(x); }, [](T x, T) { return std::exp(x); },
-     [](Long x, Long) { return std::exp(x); }, -20, 20, 1},
-    {"exp, extended", [](T x, T) { return static_cast<T>(portable::exp(static_cast<Long>(x))); },
-     [](T x, T) { return static_cast<T>(std::exp(static_cast<Long>(x))); },
-     [](Long x, Long) { return std::exp(x); }, -745, 710, 0.51},
-    {"log", [](T x, T) { return portable::log(x); }, [](T x, T) { return std::log(x); },
-     [](Long x, Long) { return std::log(x); }, 0, 4, 1},
-    {"log10", [](T x, T) { return portable::log10(x); }, [](T x, T) { return std::log10(x); },
-     [](Long x, Long) { return std::log10(x); }, 0, 4, 1.5},
-    {"pow", [](T x, T y) { return portable::pow(x, y); }, [](T x, T y) { return std::pow(x, y); },
-     [](Long x, Long y) { return std::pow(x, y); }, 0, 20, 1},
-    {"fmod", [](T x, T y) { return portable::fmod(x, y); },
-     [](T x, T y) { return std::fmod(x, y); }, [](Long x, Long y) { return std::fmod(x, y); }, -20,
-     20, 0},
+    {"sin", portable::sin, std::sin, std::sin, -7, 7, 1},
+    {"cos", portable::cos, std::cos, std::cos, -7, 7, 1},
+    {"tan", portable::tan, std::tan, std::tan, -7, 7, 1},
+    {"asin", portable::asin, std::asin, std::asin, -1, 1, 1},
+    {"acos", portable::acos, std::acos, std::acos, -1, 1, 1},
+    {"atan2", portable::atan2, std::atan2, std::atan2, -2, 2, 1.5},
+    {"exp", portable::exp, std::exp, std::exp, -20, 20, 1},
+    {"exp, extended", extended<T>, rounded<T>, std::exp, -745, 710, 0.51},
+    {"log", portable::log, std::log, std::log, 0, 4, 1},
+    {"log10", portable::log10, std::log10, std::log10, 0, 4, 1.5},
+    {"pow", portable::pow, std::pow, std::pow, 0, 20, 1},
+    {"fmod", portable::fmod, std::fmod, std::fmod, -20, 20, 0},
 };
 
 // In units of the last place of a T at the truth; infinite where one is infinite or NaN and the
 // other is not the same.
 template <typename T> double errorOf(T is, Long truth)
 {
+    using Limits = std::numeric_limits<T>;
     T const rounded = static_cast<T>(truth);
     if (!std::isfinite(rounded) || !std::isfinite(is))
         return (std::isnan(is) && std::isnan(rounded)) || is == rounded
                    ? 0
                    : std::numeric_limits<double>::infinity();
-    using Limits = std::numeric_limits<T>;
     int const exponent = rounded == 0 ? Limits::min_exponent - 1
                                       : std::max(std::ilogb(rounded), Limits::min_exponent - 1);
     return static_cast<double>(std::abs(is - truth) /
