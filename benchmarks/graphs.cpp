@@ -1,200 +1,107 @@
-// The host's side of measuring the evaluator.
-#include "graphs.h"
+// Times the evaluator: what a node costs beyond its kernel, and how far two threads carry.
+//
+// usage: bench_graphs MODULE [Google Benchmark's options]
+#include "cases.h"
+#include "measure.h"
 
-#include "nodus/host/catalogue.h"
 #include "nodus/host/evaluator.h"
-#include "nodus/host/graph.h"
-#include "nodus/host/module.h"
-#include "nodus/host/output_file.h"
-#include "nodus/host/plan.h"
-#include "nodus/host/result_writer.h"
-#include "nodus/host/table.h"
 
-#include <filesystem>
-#include <map>
+#include <algorithm>
+#include <deque>
 #include <numeric>
 #include <random>
-#include <span>
-#include <stdexcept>
-#include <string>
-#include <string_view>
-#include <vector>
 
-namespace nodus::bench {
+using namespace nodus::bench;
+using namespace nodus::host;
 
 namespace {
 
-using namespace nodus::host;
-
-constexpr std::string_view kTypes[] = {
+constexpr std::size_t kGraphSizes[] = {10, 1000, 100000};
+constexpr char const* kTypes[] = {
     "Add_Float",        "Mul_Float",           "Add_Float3",  "MultiplyByScalar_Float3",
     "Normalize_Float3", "DotProduct_Float3",   "Clamp_Float", "AxisAndAngleToQuaternion_Float3",
     "Mul_Quat",         "RotateVector_Float3", "Sub_Float",   "SmoothStep_Float",
 };
 
-// Each input comes from one of the last few nodes that have its type; where there is none, it keeps
-// its standard value.
+// A graph as a rig has it: sums, products, vectors, rotations. Each input comes from one of the
+// last few nodes that have its type; where there is none, it keeps its standard value.
 Graph rig(Catalogue const& catalogue, std::size_t nodes)
 {
     constexpr std::size_t kNear = 8;
     std::minstd_rand random(1);
     std::map<ValueType const*, std::vector<std::size_t>> byOutput;
     Graph graph;
-    graph.nodes.reserve(nodes);
     for (std::size_t index = 0; index < nodes; ++index) {
-        NodeType const* const type = catalogue.find(kTypes[index % std::size(kTypes)]);
-        if (type == nullptr)
-            throw std::runtime_error("the module lacks a node type of the measured graph");
-        GraphNode& node = graph.nodes.emplace_back(makeNode(std::to_string(index), *type));
-        for (Port const& port : type->inputs) {
-            auto const& known = byOutput[port.type];
-            if (known.empty())
-                continue;
-            std::size_t const back = random() % std::min(known.size(), kNear);
-            node.feeds.push_back(
-                {port.offset, port.type, {Source::Kind::node, known[known.size() - 1 - back], 0}});
-        }
-        byOutput[type->outputs.front().type].push_back(index);
+        NodeType const& type = *catalogue.find(kTypes[index % std::size(kTypes)]);
+        GraphNode& node = graph.nodes.emplace_back(makeNode(std::to_string(index), type));
+        for (Port const& port : type.inputs)
+            if (auto const& known = byOutput[port.type]; !known.empty()) {
+                std::size_t const back = 1 + random() % std::min(known.size(), kNear);
+                Source const source = {Source::Kind::node, known[known.size() - back], 0};
+                node.feeds.push_back({port.offset, port.type, source});
+            }
+        byOutput[type.outputs[0].type].push_back(index);
+        graph.order.push_back(index);
     }
-    graph.order.resize(nodes);
-    std::iota(graph.order.begin(), graph.order.end(), std::size_t{0});
-    graph.outputs.push_back(
-        {"last.result", nodes - 1, 0, graph.nodes.back().type->outputs[0].type});
+    graph.outputs.push_back({"last", nodes - 1, 0, graph.nodes.back().type->outputs[0].type});
     return graph;
 }
 
-struct Loaded {
-    explicit Loaded(char const* path)
-        : module(path), modules{&module}, catalogue(std::span<Module const* const>(modules))
+// One thread's arena over a plan.
+class Thread {
+public:
+    explicit Thread(Plan const& plan) : m_evaluator(plan, nullptr), m_frames(plan.framesPerBlock)
     {
+        std::iota(m_frames.begin(), m_frames.end(), 0);
+        for (Step const& step : plan.steps)
+            m_calls.push_back({step.solve, m_evaluator.at(step.in, 0), m_evaluator.at(step.out, 0),
+                               step.in.stride, step.out.stride});
+        evaluate();
     }
-    Module module;
-    Module const* modules[1];
-    Catalogue catalogue;
-};
 
-// A module can be loaded once in a process: all subjects share the first.
-Catalogue const& catalogueOf(char const* module)
-{
-    static Loaded const loaded(module);
-    return loaded.catalogue;
-}
+    // A block of frames, as nodus eval does it.
+    void evaluate() { m_evaluator.evaluate(m_frames); }
 
-}  // namespace
+    // The kernels of a block over the same memory and in the same order, and nothing else.
+    void callKernels()
+    {
+        for (auto [solve, in, out, inStride, outStride] : m_calls)
+            for (std::size_t i = 0; i < m_frames.size(); ++i, in += inStride, out += outStride)
+                solve(in, out);
+    }
 
-struct GraphSubject::Parts {
-    Parts(char const* module, std::size_t nodes) : plan(compile(rig(catalogueOf(module), nodes))) {}
-    Plan plan;
-};
-
-GraphSubject::GraphSubject(char const* module, std::size_t nodes)
-    : m_parts(std::make_unique<Parts>(module, nodes))
-{
-}
-GraphSubject::~GraphSubject() = default;
-
-std::size_t GraphSubject::calls() const
-{
-    return m_parts->plan.steps.size() * m_parts->plan.framesPerBlock;
-}
-std::size_t GraphSubject::framesPerBlock() const { return m_parts->plan.framesPerBlock; }
-
-struct GraphThread::Parts {
+private:
     struct Call {
         Solve solve;
         std::byte const* in;
         std::byte* out;
         std::size_t inStride, outStride;
     };
-
-    explicit Parts(Plan const& plan) : evaluator(plan, nullptr), frames(plan.framesPerBlock)
-    {
-        std::iota(frames.begin(), frames.end(), 0);
-        for (Step const& step : plan.steps)
-            calls.push_back({step.solve, evaluator.at(step.in, 0), evaluator.at(step.out, 0),
-                             step.in.stride, step.out.stride});
-    }
-    Evaluator evaluator;
-    std::vector<std::int32_t> frames;
-    std::vector<Call> calls;
+    Evaluator m_evaluator;
+    std::vector<std::int32_t> m_frames;
+    std::vector<Call> m_calls;
 };
 
-GraphThread::GraphThread(GraphSubject const& subject)
-    : m_parts(std::make_unique<Parts>(subject.parts().plan))
-{
-}
-GraphThread::~GraphThread() = default;
+}  // namespace
 
-void GraphThread::evaluate() { m_parts->evaluator.evaluate(m_parts->frames); }
-
-void GraphThread::callKernels()
+void nodus::bench::benchmarks(Arguments const& arguments)
 {
-    std::size_t const frames = m_parts->frames.size();
-    for (Parts::Call const& call : m_parts->calls) {
-        std::byte const* in = call.in;
-        std::byte* out = call.out;
-        for (std::size_t i = 0; i < frames; ++i) {
-            call.solve(in, out);
-            in += call.inStride;
-            out += call.outStride;
-        }
+    Loaded const loaded(arguments.at(0));
+    std::deque<Plan> plans;
+    std::deque<Thread> threads;
+    for (std::size_t const nodes : kGraphSizes) {
+        Plan const& plan = plans.emplace_back(compile(rig(loaded.catalogue, nodes)));
+        Thread& first = threads.emplace_back(plan);
+        Thread& second = threads.emplace_back(plan);
+        Work const evaluate = [&] { first.evaluate(); };
+        std::size_t const calls = plan.steps.size() * plan.framesPerBlock;
+        std::string const graph = "graph/" + std::to_string(nodes);
+        std::string const kernels = graph + "/kernels", two = graph + "/two_threads";
+        add(graph + "/over_kernels", {evaluate}, {.beside = kernels, .calls = calls});
+        add(kernels, {[&] { first.callKernels(); }}, {.calls = calls});
+        add(graph + "/with_two_threads", {evaluate},
+            {.beside = two, .calls = calls, .onTheWall = true});
+        add(two, {evaluate, [&] { second.evaluate(); }}, {.calls = calls, .onTheWall = true});
     }
+    measure();
 }
-
-struct TableSubject::Parts {
-    Parts(char const* module, char const* graphPath, char const* table)
-        : path(table), bytes(std::filesystem::file_size(path))
-    {
-        TableReader const reader(path);
-        Diagnostics faults;
-        Graph const graph =
-            readGraph(graphPath, catalogueOf(module), {path, &reader.columns(), false}, faults);
-        faults.throwIfAny();
-        plan = compile(graph);
-    }
-    std::string path;
-    std::size_t bytes;
-    Plan plan;
-};
-
-TableSubject::TableSubject(char const* module, char const* graph, char const* table)
-    : m_parts(std::make_unique<Parts>(module, graph, table))
-{
-}
-TableSubject::~TableSubject() = default;
-
-std::size_t TableSubject::tableBytes() const { return m_parts->bytes; }
-
-void TableSubject::runTo(Stage stage, char const* results) const
-{
-    Plan const& plan = m_parts->plan;
-    TableReader reader(m_parts->path);
-    TableParser const parser(reader, plan);
-    ResultWriter const writer(plan, ResultFormat::csv);
-    Evaluator evaluator(plan, nullptr);
-    OutputFile file = OutputFile::open(results);
-    Diagnostics faults;
-    TableRows rows;
-    TextBuffer text;
-    std::vector<std::int32_t> frames;
-    std::int32_t frame = 0;
-    do {
-        rows.clear();
-        text.clear();
-        frames.clear();
-        while (frames.size() < plan.framesPerBlock && reader.readRow(rows))
-            frames.push_back(frame++);
-        for (std::size_t i = 0; i < frames.size() && stage >= Stage::parse; ++i)
-            parser.parse(rows.row(i), rows.rows[i].line, evaluator, i, faults);
-        if (stage >= Stage::evaluate)
-            evaluator.evaluate(frames);
-        for (std::size_t i = 0; i < frames.size() && stage >= Stage::format; ++i)
-            writer.append(evaluator, i, frames[i], text);
-        if (stage >= Stage::write)
-            file.write(text.view());
-    } while (!frames.empty());
-    faults.throwIfAny();
-    file.commit();
-}
-
-}  // namespace nodus::bench

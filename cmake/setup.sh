@@ -7,7 +7,8 @@ run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev
 test="$run googletest musl-dev qemu-user clang clang-format libclang-rt-14-dev binutils valgrind
     pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db parallel openmpi-bin
     python3 chromium chromium-driver"
-benchmark="$run valgrind libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libstb-dev"
+benchmark="$run valgrind python3 python3-matplotlib time
+    libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libstb-dev"
 
 case "${1:-}" in
 run) wanted=$run ;;

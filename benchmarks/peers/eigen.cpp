@@ -1,143 +1,105 @@
-// Eigen. Its Matrix4f goes by columns and multiplies column vectors, which is the same memory and
+// Eigen. Its matrix goes by columns and multiplies column vectors, which is the same memory and
 // the same product as rows and row vectors in the other order.
 #include "peer.h"
 
 #include <Eigen/Dense>
 #include <Eigen/Geometry>
 
-namespace nodus::bench {
+using namespace nodus::bench;
 
 namespace {
 
-using Eigen::Matrix4f;
-using Eigen::Quaternionf;  // x, y, z, w in memory
-using Eigen::Vector3f;
-using Eigen::Vector4f;
+using V3 = Eigen::Vector3f;
+using V4 = Eigen::Vector4f;
+using M4 = Eigen::Matrix4f;
+using Q = Eigen::Quaternionf;  // x, y, z, w in memory
 
 struct Pose {
-    Vector4f t;
-    Quaternionf q;
-    Vector4f s;
+    V4 t;
+    Q q;
+    V4 s;
 };
-static_assert(sizeof(Vector3f) == 12 && sizeof(Vector4f) == 16 && sizeof(Quaternionf) == 16);
-static_assert(sizeof(Matrix4f) == 64 && sizeof(Pose) == 48);
+static_assert(sizeof(V3) == 12 && sizeof(V4) == 16 && sizeof(Q) == 16);
+static_assert(sizeof(M4) == 64 && sizeof(Pose) == 48);
 
-constexpr char const* kName = "Eigen";
-
-Vector4f rotated(Quaternionf const& q, Vector4f const& v)
+V4 rotated(Q const& q, V4 const& v)
 {
-    Vector4f result = v;
-    result.head<3>() = q * Vector3f(v.head<3>());
+    V4 result = v;
+    result.head<3>() = q * V3(v.head<3>());
     return result;
 }
 
-Quaternionf turn(float angle, Vector3f const& axis)
-{
-    return Quaternionf(Eigen::AngleAxisf(angle, axis));
-}
+Q turn(float angle, V3 const& axis) { return Q(Eigen::AngleAxisf(angle, axis)); }
 
-std::vector<Peer> vectors()
+std::vector<Peer> functions()
 {
     return {
-        peer(kName, "NodusAdd_Float3_Solve",
-             [](Vector3f const& a, Vector3f const& b) -> Vector3f { return a + b; }),
-        peer(kName, "NodusAdd_Float4_Solve",
-             [](Vector4f const& a, Vector4f const& b) -> Vector4f { return a + b; }),
-        peer(kName, "NodusAdd_Matrix4x4_Solve",
-             [](Matrix4f const& a, Matrix4f const& b) -> Matrix4f { return a + b; }),
-        peer(kName, "NodusMul_Float4_Solve",
-             [](Vector4f const& a, Vector4f const& b) -> Vector4f { return a.cwiseProduct(b); }),
-        peer(kName, "NodusMul_Matrix4x4_Solve",
-             [](Matrix4f const& a, Matrix4f const& b) -> Matrix4f { return a * b; }),
-        peer(kName, "NodusAbs_Matrix4x4_Solve",
-             [](Matrix4f const& m) -> Matrix4f { return m.cwiseAbs(); }),
-        peer(kName, "NodusEqual_Float4_Solve",
-             [](Vector4f const& a, Vector4f const& b) { return a == b; }),
-        peer(kName, "NodusAlmostEqual_Matrix4x4_Solve",
-             [](Matrix4f const& a, Matrix4f const& b, float tolerance) {
+        peer("Add_Float3", [](V3 const& a, V3 const& b) -> V3 { return a + b; }),
+        peer("Add_Float4", [](V4 const& a, V4 const& b) -> V4 { return a + b; }),
+        peer("Add_Matrix4x4", [](M4 const& a, M4 const& b) -> M4 { return a + b; }),
+        peer("Mul_Float4", [](V4 const& a, V4 const& b) -> V4 { return a.cwiseProduct(b); }),
+        peer("Mul_Matrix4x4", [](M4 const& a, M4 const& b) -> M4 { return a * b; }),
+        peer("Abs_Matrix4x4", [](M4 const& m) -> M4 { return m.cwiseAbs(); }),
+        peer("Equal_Float4", [](V4 const& a, V4 const& b) { return a == b; }),
+        peer("AlmostEqual_Matrix4x4",
+             [](M4 const& a, M4 const& b, float tolerance) {
                  return ((a - b).array().abs() <= tolerance).all();
              }),
-        peer(kName, "NodusDotProduct_Float3_Solve",
-             [](Vector3f const& a, Vector3f const& b) { return a.dot(b); }),
-        peer(kName, "NodusDotProduct_Float4_Solve",
-             [](Vector4f const& a, Vector4f const& b) { return a.dot(b); }),
-        peer(kName, "NodusCrossProduct_Float3_Solve",
-             [](Vector3f const& a, Vector3f const& b) -> Vector3f { return a.cross(b); }),
-        peer(kName, "NodusCrossProduct_Float4_Solve",
-             [](Vector4f const& a, Vector4f const& b) -> Vector4f { return a.cross3(b); }),
-        peer(kName, "NodusLength_Float3_Solve", [](Vector3f const& v) { return v.norm(); }),
-        peer(kName, "NodusLength_Float4_Solve", [](Vector4f const& v) { return v.norm(); }),
-        peer(kName, "NodusNormalize_Float3_Solve",
-             [](Vector3f const& v) -> Vector3f { return v.normalized(); }),
-        peer(kName, "NodusNormalize_Float4_Solve",
-             [](Vector4f const& v) -> Vector4f { return v.normalized(); }),
-        peer(kName, "NodusMatrixToMat44Float_Solve",
-             [](Matrix4f const& m) -> Matrix4f { return m.transpose(); }),
-    };
-}
-
-std::vector<Peer> rotations()
-{
-    return {
-        peer(kName, "NodusMul_Quat_Solve",
-             [](Quaternionf const& a, Quaternionf const& b) { return (a * b).normalized(); }),
-        peer(kName, "NodusNorm_Quat_Solve", [](Quaternionf const& q) { return q.normalized(); }),
-        peer(kName, "NodusSlerp_Quat_Solve",
-             [](Quaternionf const& a, Quaternionf const& b, float t) { return a.slerp(t, b); }),
-        peer(kName, "NodusAxisAndAngleToQuaternion_Float3_Solve",
-             [](Vector3f const& axis, float angle) { return turn(angle, axis); }),
-        peer(kName, "NodusQuatArcRotate_Solve",
-             [](Vector4f const& from, Vector4f const& to) {
-                 return Quaternionf::FromTwoVectors(from.head<3>(), to.head<3>());
+        peer("DotProduct_Float3", [](V3 const& a, V3 const& b) { return a.dot(b); }),
+        peer("DotProduct_Float4", [](V4 const& a, V4 const& b) { return a.dot(b); }),
+        peer("CrossProduct_Float3", [](V3 const& a, V3 const& b) -> V3 { return a.cross(b); }),
+        peer("CrossProduct_Float4", [](V4 const& a, V4 const& b) -> V4 { return a.cross3(b); }),
+        peer("Length_Float3", [](V3 const& v) { return v.norm(); }),
+        peer("Length_Float4", [](V4 const& v) { return v.norm(); }),
+        peer("Normalize_Float3", [](V3 const& v) -> V3 { return v.normalized(); }),
+        peer("Normalize_Float4", [](V4 const& v) -> V4 { return v.normalized(); }),
+        peer("MatrixToMat44Float", [](M4 const& m) -> M4 { return m.transpose(); }),
+        peer("Mul_Quat", [](Q const& a, Q const& b) { return (a * b).normalized(); }),
+        peer("Norm_Quat", [](Q const& q) { return q.normalized(); }),
+        peer("Slerp_Quat", [](Q const& a, Q const& b, float t) { return a.slerp(t, b); }),
+        peer("AxisAndAngleToQuaternion_Float3",
+             [](V3 const& axis, float angle) { return turn(angle, axis); }),
+        peer("QuatArcRotate",
+             [](V4 const& from, V4 const& to) {
+                 return Q::FromTwoVectors(from.head<3>(), to.head<3>());
              }),
-        peer(kName, "NodusRotateVector_Float3_Solve",
-             [](Vector3f const& v, Quaternionf const& q) -> Vector3f { return q * v; }),
-        peer(kName, "NodusRotateVector_Float4_Solve",
-             [](Vector4f const& v, Quaternionf const& q) { return rotated(q, v); }),
-        peer(kName, "NodusMatrixToQuaternion_Solve",
-             [](Matrix4f const& m) { return Quaternionf(m.topLeftCorner<3, 3>()); }),
-        peer(kName, "NodusQuaternionToMatrix_Solve",
-             [](Quaternionf const& q) {
-                 Matrix4f m = Matrix4f::Identity();
+        peer("RotateVector_Float3", [](V3 const& v, Q const& q) -> V3 { return q * v; }),
+        peer("RotateVector_Float4", [](V4 const& v, Q const& q) { return rotated(q, v); }),
+        peer("MatrixToQuaternion", [](M4 const& m) { return Q(m.topLeftCorner<3, 3>()); }),
+        peer("QuaternionToMatrix",
+             [](Q const& q) {
+                 M4 m = M4::Identity();
                  m.topLeftCorner<3, 3>() = q.toRotationMatrix();
                  return m;
              }),
-        peer(kName, "NodusEulerToQuaternion_Solve order=0",
-             [](Vector4f const& angles) {
-                 return turn(angles.z(), Vector3f::UnitZ()) * turn(angles.y(), Vector3f::UnitY()) *
-                        turn(angles.x(), Vector3f::UnitX());
+        peer("EulerToQuaternion order=0",
+             [](V4 const& angles) {
+                 return turn(angles.z(), V3::UnitZ()) * turn(angles.y(), V3::UnitY()) *
+                        turn(angles.x(), V3::UnitX());
              }),
-        peer(kName, "NodusEulerToQuaternion_Solve order=2",
-             [](Vector4f const& angles) {
-                 return turn(angles.y(), Vector3f::UnitY()) * turn(angles.z(), Vector3f::UnitZ()) *
-                        turn(angles.x(), Vector3f::UnitX());
+        peer("EulerToQuaternion order=2",
+             [](V4 const& angles) {
+                 return turn(angles.y(), V3::UnitY()) * turn(angles.z(), V3::UnitZ()) *
+                        turn(angles.x(), V3::UnitX());
              }),
-        peer(kName, "NodusTransformTQS_Solve",
+        peer("TransformTQS",
              [](Pose const& a, Pose const& b) {
                  return Pose{rotated(a.q, b.t) + a.t, (a.q * b.q).normalized(),
                              a.s.cwiseProduct(b.s)};
              }),
-        peer(kName, "NodusTransformInverseTQS_Solve",
+        peer("TransformInverseTQS",
              [](Pose const& a, Pose const& b) {
-                 Quaternionf const back = a.q.normalized().conjugate();
+                 Q const back = a.q.normalized().conjugate();
                  return Pose{rotated(back, b.t - a.t), (back * b.q).normalized(),
                              b.s.cwiseQuotient(a.s)};
              }),
-        peer(kName, "NodusTransformPositionWithTQS_Solve",
-             [](Vector4f const& p, Pose const& pose) -> Vector4f {
+        peer("TransformPositionWithTQS",
+             [](V4 const& p, Pose const& pose) -> V4 {
                  return rotated(pose.q, p.cwiseProduct(pose.s)) + pose.t;
              }),
     };
 }
 
+Library const kEigen("Eigen", functions());
+
 }  // namespace
-
-std::vector<Peer> eigenPeers()
-{
-    std::vector<Peer> all = vectors();
-    auto const more = rotations();
-    all.insert(all.end(), more.begin(), more.end());
-    return all;
-}
-
-}  // namespace nodus::bench

@@ -5,25 +5,20 @@
 #define STBPERLIN_STATIC
 #include <stb/stb_perlin.h>
 
-namespace nodus::bench {
+using namespace nodus::bench;
 
 namespace {
-struct Position2 {
+
+struct V2 {
     float x, y;
 };
-struct Position3 {
+struct V3 {
     float x, y, z;
 };
+
+Library const kStbPerlin(
+    "stb_perlin",
+    {otherwise("Noise2D", [](V2 at) { return stb_perlin_noise3(at.x, at.y, 0, 0, 0, 0); }),
+     otherwise("Noise3D", [](V3 at) { return stb_perlin_noise3(at.x, at.y, at.z, 0, 0, 0); })});
+
 }  // namespace
-
-std::vector<Peer> stbPeers()
-{
-    return {
-        otherwise("stb_perlin", "NodusNoise2D_Solve",
-                  [](Position2 const& at) { return stb_perlin_noise3(at.x, at.y, 0, 0, 0, 0); }),
-        otherwise("stb_perlin", "NodusNoise3D_Solve",
-                  [](Position3 const& at) { return stb_perlin_noise3(at.x, at.y, at.z, 0, 0, 0); }),
-    };
-}
-
-}  // namespace nodus::bench
