@@ -2,7 +2,7 @@
 #include "nodus/host/graph.h"
 
 #include "graph_reader.h"
-#include "members.h"
+#include "files/members.h"
 
 #include "nodus/host/input_file.h"
 

@@ -1,7 +1,7 @@
 // What may stand in a catalogue: the members of each of its objects, and of what kind they are.
 #include "catalogue_shape.h"
 
-#include "members.h"
+#include "files/members.h"
 
 #include <span>
 
