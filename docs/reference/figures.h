@@ -10,8 +10,9 @@
 
 namespace nodus::reference {
 
-// One plot of nodes.json as an HTML figure. type is the node type of curves that name none. Throws
-// Fault, with origin in front, when the plot is not well described or its graph has a fault.
+// One plot of a family's "reference" as an HTML figure. type is the node type of curves that name
+// none. Throws Fault, with origin in front, when the plot is not well described or its graph has a
+// fault.
 std::string figure(host::Catalogue const& catalogue, host::JsonValue const& plot,
                    std::string_view type, std::string const& origin);
 

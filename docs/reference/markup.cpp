@@ -1,4 +1,4 @@
-// Small help for reading nodes.json and writing HTML.
+// Small help for reading a catalogue's "reference" and writing HTML.
 #include "markup.h"
 
 #include <algorithm>

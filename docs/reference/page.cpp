@@ -1,4 +1,4 @@
-// The page itself: every family of a catalogue, with what nodes.json adds.
+// The page itself: every family of a catalogue, with the examples and pictures of its "reference".
 #include "page.h"
 
 #include "family_tables.h"
@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <map>
 #include <set>
 
 namespace nodus::reference {
@@ -69,9 +70,9 @@ public:
             notes, {"example", "graph", "frames", "edges", "notes", "machine", "plots", "see"},
             m_origin);
         if (family.edges.empty())
-            throw Fault("catalogue: " + family.name + " has no 'edges'");
+            throw Fault(m_origin + ": has no 'edges'");
         if (family.searchWords.empty())
-            throw Fault("catalogue: " + family.name + " has no 'searchWords'");
+            throw Fault(m_origin + ": has no 'searchWords'");
         if ((notes.member("example") == nullptr) == (notes.member("graph") == nullptr))
             throw Fault(m_origin + ": wants either an 'example' or a 'graph'");
         if (notes.member("example") != nullptr)
@@ -217,17 +218,17 @@ private:
 
 class Page {
 public:
-    Page(host::Catalogue const& catalogue, JsonValue const& notes, std::string const& origin)
+    Page(host::Catalogue const& catalogue, JsonValue const& file, std::string const& origin)
         : m_catalogue(catalogue), m_origin(origin),
-          m_groups(wanted(notes, "groups", Kind::array, origin)),
-          m_nodes(wanted(notes, "nodes", Kind::object, origin))
+          m_groups(wanted(file, "groups", Kind::array, origin))
     {
-        refuseUnknownKeys(notes, {"groups", "nodes"}, origin);
+        for (JsonValue const& family : wanted(file, "families", Kind::array, origin).items)
+            m_entries.emplace(wanted(family, "name", Kind::text, origin).text, family);
     }
 
     Content make()
     {
-        compareNames();
+        compareGroups();
         for (JsonValue const& group : m_groups.items)
             addGroup(group);
         m_diagnostics.throwIfAny();
@@ -241,26 +242,20 @@ public:
     }
 
 private:
-    void compareNames()
+    std::string placeOf(host::Family const& family) const
     {
-        std::vector<std::string_view> families;
-        for (host::Family const& family : m_catalogue.families())
-            families.push_back(family.name);
-        for (std::string const& name : m_nodes.keys)
-            if (m_catalogue.findFamily(name) == nullptr)
-                m_diagnostics.add(m_origin + ": there is no family '" + name + "'" +
-                                  host::didYouMean(name, families));
+        return m_origin + ":" + std::to_string(m_entries.at(family.name).line) + ": " + family.name;
+    }
+
+    void compareGroups()
+    {
         std::set<std::string> groups;
         for (JsonValue const& group : m_groups.items)
             groups.insert(wanted(group, "name", Kind::text, m_origin).text);
-        for (host::Family const& family : m_catalogue.families()) {
-            if (m_nodes.member(family.name) == nullptr)
-                m_diagnostics.add(m_origin + ": the family " + family.name +
-                                  " has no entry in 'nodes'");
+        for (host::Family const& family : m_catalogue.families())
             if (!groups.contains(family.group))
-                m_diagnostics.add(m_origin + ": the group '" + family.group + "' of " +
-                                  family.name + " has no entry in 'groups'");
-        }
+                m_diagnostics.add(placeOf(family) + ": 'groups' has no " +
+                                  host::inQuotes(family.group));
     }
 
     void addGroup(JsonValue const& group)
@@ -277,10 +272,11 @@ private:
             for (std::string const& type : portTypes(*family))
                 m_types.insert(type);
             try {
-                if (JsonValue const* const entry = m_nodes.member(family->name))
-                    articles +=
-                        FamilyArticle(m_catalogue, *family, *entry, m_origin + ": " + family->name)
-                            .html();
+                std::string const place = placeOf(*family);
+                JsonValue const& entry = m_entries.at(family->name);
+                articles += FamilyArticle(m_catalogue, *family,
+                                          wanted(entry, "reference", Kind::object, place), place)
+                                .html();
             } catch (Fault const& fault) {
                 m_diagnostics.add(fault);
             }
@@ -298,7 +294,7 @@ private:
     host::Catalogue const& m_catalogue;
     std::string const& m_origin;
     JsonValue const& m_groups;
-    JsonValue const& m_nodes;
+    std::map<std::string, JsonValue const&, std::less<>> m_entries;
     Content m_content;
     std::set<std::string, std::less<>> m_types;
     host::Diagnostics m_diagnostics;
@@ -306,10 +302,10 @@ private:
 
 }  // namespace
 
-Content contentOf(host::Catalogue const& catalogue, JsonValue const& notes,
+Content contentOf(host::Catalogue const& catalogue, JsonValue const& file,
                   std::string const& origin)
 {
-    return Page(catalogue, notes, origin).make();
+    return Page(catalogue, file, origin).make();
 }
 
 }  // namespace nodus::reference

@@ -1,4 +1,4 @@
-// The page itself: every family of a catalogue, with what nodes.json adds.
+// The page itself: every family of a catalogue, with the examples and pictures of its "reference".
 #pragma once
 
 #include "nodus/host/catalogue.h"
@@ -14,9 +14,9 @@ struct Content {
     std::size_t families = 0, kernels = 0;
 };
 
-// Throws Fault with a line for everything that is wrong with nodes.json: a family without an entry,
-// an entry without a family, an example that does not evaluate.
-Content contentOf(host::Catalogue const& catalogue, host::JsonValue const& notes,
+// file is the catalogue as JSON. Throws Fault with a line for everything that is wrong with it: a
+// family without a "reference", one of a group without words, an example that does not evaluate.
+Content contentOf(host::Catalogue const& catalogue, host::JsonValue const& file,
                   std::string const& origin);
 
 }  // namespace nodus::reference

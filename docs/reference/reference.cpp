@@ -1,6 +1,6 @@
 // Writes the node reference: one HTML page that holds everything it needs.
 // usage: nodus_reference MODULE FOLDER OUTPUT
-// FOLDER has nodes.json, page.html, page.css and page.js.
+// FOLDER has page.html, page.css and page.js.
 #include "page.h"
 
 #include "nodus/host/diagnostics.h"
@@ -9,6 +9,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -49,10 +50,11 @@ void write(std::string const& modulePath, std::string const& folder, std::string
     host::Module const module(modulePath);
     host::Module const* const modules[] = {&module};
     host::Catalogue const catalogue(modules);
-    host::FileFaults faults(folder + "/nodes.json");
-    auto const notes = host::readJsonFile(folder + "/nodes.json", faults);
+    host::FileFaults faults(module.cataloguePath());
+    auto const json = host::readJsonFile(module.cataloguePath(), faults);
     faults.throwIfAny();
-    auto const content = reference::contentOf(catalogue, *notes, "nodes.json");
+    auto const content = reference::contentOf(
+        catalogue, *json, std::filesystem::path(module.cataloguePath()).filename());
     std::string const page = filled(readText(folder + "/page.html"), "page.html",
                                     {{"style", readText(folder + "/page.css")},
                                      {"version", NODUS_VERSION},

@@ -106,30 +106,32 @@ class Page(unittest.TestCase):
         self.assertAlmostEqual(near / sum(height for _, height in normal), 0.68, delta=0.03)
 
 
-class WrongNotes(unittest.TestCase):
-    NOTES = json.loads((REFERENCE / 'nodes.json').read_text())
+class WrongCatalogue(unittest.TestCase):
+    CATALOGUE = json.loads((SOURCE / 'modules/nodusmath/nodusmath.json').read_text())
 
     def refuse(self, change, *words):
-        notes = json.loads(json.dumps(self.NOTES))
-        change(notes)
+        catalogue = json.loads(json.dumps(self.CATALOGUE))
+        change(catalogue)
         with tempfile.TemporaryDirectory() as folder:
-            shutil.copytree(REFERENCE, folder, dirs_exist_ok=True)
-            pathlib.Path(folder, 'nodes.json').write_text(json.dumps(notes))
+            module = shutil.copy(MODULE, folder)
+            pathlib.Path(folder, 'nodusmath.json').write_text(json.dumps(catalogue))
             output = pathlib.Path(folder, 'index.html')
-            got = run(BUILD / 'bin/nodus_reference', MODULE, folder, output)
+            got = run(BUILD / 'bin/nodus_reference', module, REFERENCE, output)
             self.assertEqual((got.returncode, output.exists()), (2, False))
             for word in words:
                 self.assertIn(word, got.stderr)
 
     def test_are_refused(self):
         def node(name, **changes):
-            return lambda notes: notes['nodes'][name].update(changes)
+            return lambda catalogue: of(catalogue, name)['reference'].update(changes)
+
+        def of(catalogue, name):
+            return next(family for family in catalogue['families'] if family['name'] == name)
 
         for change, *words in [
-            (lambda notes: notes['nodes'].pop('Slerp'), 'nodes.json: the family Slerp has no entry'),
-            (lambda notes: notes['nodes'].update(Slurp={}), "there is no family 'Slurp'; did you mean"),
-            (lambda notes: notes['groups'].pop(), "the group 'diagnostics' of LogValue has no entry"),
-            (node('Add', tpyo=1), "nodes.json: Add: unknown key 'tpyo'"),
+            (lambda catalogue: of(catalogue, 'Slerp').pop('reference'), "nodusmath.json:1: Slerp: 'reference' is missing"),
+            (lambda catalogue: catalogue['groups'].pop(), "LogValue: 'groups' has no 'diagnostics'"),
+            (node('Add', tpyo=1), "nodusmath.json:1: Add: unknown key 'tpyo'"),
             (node('Add', see=['Plus']), "Add, see: there is no family 'Plus'"),
             (node('Add', example={'type': 'Sub_Float'}), 'Add, example: has no node of the family'),
             (node('Add', example={'type': 'Add_Float', 'inputs': {'c': 1}}), 'Add, example', "no input 'c'"),

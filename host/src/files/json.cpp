@@ -33,7 +33,7 @@ public:
     {
     }
 
-    // An iterator over the text that takes the cursor with it.
+    // An input iterator over the text: all copies stand where the cursor stands.
     class Iterator {
     public:
         using iterator_category = std::input_iterator_tag;
@@ -42,21 +42,37 @@ public:
         using pointer = char const*;
         using reference = char const&;
 
-        Iterator(Cursor& cursor, char const* at) : m_cursor(&cursor), m_at(at) {}
-        reference operator*() const { return *m_at; }
+        explicit Iterator(char const*& at) : m_at(&at) {}
+        reference operator*() const { return **m_at; }
         Iterator& operator++()
         {
-            m_cursor->m_reached = ++m_at;
+            ++*m_at;
             return *this;
         }
-        bool operator==(Iterator const& other) const { return m_at == other.m_at; }
+        bool operator==(Iterator const& other) const { return *m_at == *other.m_at; }
 
     private:
-        Cursor* m_cursor;
-        char const* m_at;
+        char const** m_at;
     };
-    Iterator begin() { return {*this, m_reached}; }
-    Iterator end() { return {*this, m_end}; }
+    Iterator begin() { return Iterator(m_reached); }
+    Iterator end() { return Iterator(m_end); }
+
+    // Behind the bracket that opens an object or array: to the one that closes it.
+    void passContents()
+    {
+        std::size_t depth = 0;
+        for (bool isText = false; m_reached != m_end; ++m_reached) {
+            char const c = *m_reached;
+            if (c == '"')
+                isText = !isText;
+            else if (isText)
+                m_reached += c == '\\' && m_end - m_reached > 1 ? 1 : 0;
+            else if (c == '{' || c == '[')
+                ++depth;
+            else if ((c == '}' || c == ']') && depth-- == 0)
+                return;
+        }
+    }
 
     // Of what was read last. The end of a number is seen by the character behind it, which may be
     // that of the next line; nothing else ends with a line.
@@ -89,7 +105,10 @@ private:
 
 class Builder : public nlohmann::json_sax<Json> {
 public:
-    Builder(Cursor& cursor, FileFaults& faults) : m_cursor(cursor), m_faults(faults) {}
+    Builder(Cursor& cursor, FileFaults& faults, std::string_view leftOut)
+        : m_cursor(cursor), m_faults(faults), m_leftOut(leftOut)
+    {
+    }
 
     JsonValue root;
 
@@ -197,7 +216,12 @@ private:
                          "nested deeper than " + std::to_string(kDeepest) + " levels");
             return false;
         }
+        bool const isMember = !m_open.empty() && m_open.back()->is(JsonValue::Kind::object);
+        bool const isLeftOut =
+            isMember && !m_leftOut.empty() && m_open.back()->keys.back() == m_leftOut;
         m_open.push_back(&add(JsonValue{kind}));
+        if (isLeftOut)
+            m_cursor.passContents();
         return true;
     }
 
@@ -215,6 +239,7 @@ private:
     FileFaults& m_faults;
     std::vector<JsonValue*> m_open;
     std::size_t m_keyLine = 0;
+    std::string_view m_leftOut;
 };
 
 std::string readFile(std::string const& path)
@@ -259,18 +284,20 @@ std::string JsonValue::describe() const
     return "nothing";
 }
 
-std::optional<JsonValue> parseJson(std::string_view text, FileFaults& faults, std::size_t line)
+std::optional<JsonValue> parseJson(std::string_view text, FileFaults& faults, std::size_t line,
+                                   std::string_view leftOut)
 {
     Cursor cursor(text, line);
-    Builder builder(cursor, faults);
+    Builder builder(cursor, faults, leftOut);
     if (!Json::sax_parse(cursor.begin(), cursor.end(), &builder))
         return std::nullopt;
     return std::move(builder.root);
 }
 
-std::optional<JsonValue> readJsonFile(std::string const& path, FileFaults& faults)
+std::optional<JsonValue> readJsonFile(std::string const& path, FileFaults& faults,
+                                      std::string_view leftOut)
 {
-    return parseJson(readFile(path), faults);
+    return parseJson(readFile(path), faults, 1, leftOut);
 }
 
 }  // namespace nodus::host

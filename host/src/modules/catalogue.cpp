@@ -9,6 +9,9 @@ namespace nodus::host {
 
 namespace {
 
+// Half of a catalogue; only the node reference reads it.
+constexpr std::string_view kOfThePage = "reference";
+
 Port const* findPort(std::vector<Port> const& ports, std::string_view name)
 {
     auto const found = std::ranges::find(ports, name, &Port::name);
@@ -37,7 +40,7 @@ Catalogue::Catalogue(Module const& module, std::string_view text, std::string co
                      Diagnostics& diagnostics)
 {
     FileFaults faults(origin);
-    if (auto const root = parseJson(text, faults))
+    if (auto const root = parseJson(text, faults, 1, kOfThePage))
         CatalogueReader(*this, module, faults).read(*root);
     faults.moveTo(diagnostics);
 }
@@ -46,7 +49,7 @@ void Catalogue::readCatalogue(Module const& module, Diagnostics& diagnostics)
 {
     FileFaults faults(module.cataloguePath());
     try {
-        if (auto const root = readJsonFile(module.cataloguePath(), faults))
+        if (auto const root = readJsonFile(module.cataloguePath(), faults, kOfThePage))
             CatalogueReader(*this, module, faults).read(*root);
     } catch (Fault const& fault) {
         diagnostics.add(fault);

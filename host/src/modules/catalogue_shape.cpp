@@ -18,7 +18,9 @@ struct Member {
     Shape shape;
 };
 
-constexpr Member kOutermost[] = {{"module", Shape::text}, {"families", Shape::objects}};
+// "groups" and "reference" are of the node reference, which says what may stand in them.
+constexpr Member kOutermost[] = {
+    {"module", Shape::text}, {"groups", Shape::objects}, {"families", Shape::objects}};
 constexpr Member kFamily[] = {
     {"name", Shape::text},
     {"group", Shape::text},
@@ -33,6 +35,7 @@ constexpr Member kFamily[] = {
     {"inputs", Shape::objects},
     {"outputs", Shape::objects},
     {"workspace", Shape::objects},
+    {"reference", Shape::object},
 };
 constexpr Member kPort[] = {
     {"name", Shape::text},       {"type", Shape::text},    {"typeFor", Shape::object},
