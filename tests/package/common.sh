@@ -15,3 +15,11 @@ quietly() { # quietly WHY-IT-FAILED COMMAND...
         fail "$why"
     }
 }
+# The code blocks of a page in one language, each to a file of its own: NAME.1, NAME.2, ...
+blocks() { # blocks PAGE LANGUAGE NAME
+    awk -v fence="\`\`\`$2" -v name="$scratch/$3" '
+        $0 == fence { file = name "." ++count; next }
+        /^```/ { file = "" }
+        file { print > file }' "$here/../../docs/$1"
+    [ -f "$scratch/$3.1" ] || fail "docs/$1 has no $2"
+}

@@ -8,22 +8,12 @@ set -eu
 build=$1
 source=$here/../..
 cxx=${CXX:-g++}
-# The code blocks of a page in one language, each to a file of its own: NAME.1, NAME.2, ...
-blocks() { # blocks PAGE LANGUAGE NAME
-    awk -v fence="\`\`\`$2" -v name="$scratch/$3" '
-        $0 == fence { file = name "." ++count; next }
-        /^```/ { file = "" }
-        file { print > file }' "$source/docs/$1"
-    [ -f "$scratch/$3.1" ] || fail "docs/$1 has no $2"
-}
 compile() {
     "$cxx" -x c++ -std=c++20 -Wall -Wextra -D_GLIBCXX_USE_CXX11_ABI=0 \
         -I"$source/runtime/include" -I"$source/modules" -I"$source/modules/nodusmath" \
         -I"$build/modules/nodusmath/kernel_list" "$@"
 }
 
-blocks adding_a_family.md cpp family
-compile -Werror -fsyntax-only "$scratch/family.1" || fail "the kernels of docs/adding_a_family.md"
 blocks block_layout.md cpp layout
 {
     echo '#include <nodusmath/ports.h>'

@@ -1,0 +1,38 @@
+#!/bin/sh
+# The family of docs/adding_a_family.md, added to a copy of the tree in the three places that the page
+# names: the tables are renewed, and everything passes.
+# usage: family_test.sh BUILD-DIRECTORY
+set -eu
+# shellcheck source=tests/package/common.sh
+. "$(dirname "$0")/common.sh"
+tree=$scratch/tree
+blocks adding_a_family.md cpp mix
+blocks adding_a_family.md json entry
+blocks adding_a_family.md text rows
+mkdir "$tree"
+(cd "$here/../.." && tar -c --exclude=./build --exclude=./.git .) | tar -x -C "$tree"
+cd "$tree"
+
+cp "$scratch/mix.1" modules/nodusmath/Mix.cpp
+catalogue=modules/nodusmath/nodusmath.json
+# In front of the line that ends the families, the last but one.
+{
+    head -n -3 $catalogue
+    echo "    },"
+    sed 's/^/    /' "$scratch/entry.1"
+    tail -n 2 $catalogue
+} >"$scratch/catalogue"
+cp "$scratch/catalogue" $catalogue
+cat "$scratch/rows.1" >>tests/nodusmath/rows/arithmetic.txt
+
+quietly "the tables cannot be renewed" tests/renew
+for table in benchmarks/instructions.txt tests/contract/contract.txt tests/digests/portable.txt; do
+    diff "$here/../../$table" $table | grep -q '^> .*Mix' || fail "$table has nothing of Mix"
+    # What stands for the whole module differs.
+    lost=$(diff "$here/../../$table" $table | grep '^<' | grep -v '^< \(loading\|all\) ' || true)
+    [ -z "$lost" ] || fail "$table has lost $lost"
+done
+quietly "the tree with Mix does not build" cmake/build.sh release
+# This test and its neighbours build trees of their own.
+quietly "the tests with Mix fail" ctest --preset release --label-exclude package
+[ "$(build/release/bin/nodus call Mix_Float a=1 b=2 t=3)" = "result = 4" ] || fail "Mix is not 4"
