@@ -1,12 +1,10 @@
 // A portable module: nothing in it whose bits depend on the processor or on the C library of the
-// machine, and math functions that are as good as the C library's.
+// machine, and math functions that are as good as the C library's. Its values are digests.
 #include "library_errors.h"
 #include "support/command.h"
 #include "support/kernel_call.h"
 
 #include <dlfcn.h>
-
-#include <set>
 
 using namespace nodus::test;
 
@@ -21,37 +19,32 @@ bool isOfMathLibrary(std::string const& name)
            std::string(info.dli_fname).find("libm.") != std::string::npos;
 }
 
-template <typename T> void expectSmallErrors()
-{
-    for (auto const& function : kLibraryFunctions<T>)
-        EXPECT_LE(errorsOf(function, 200'000).portable, function.error) << function.name;
-}
-
-template <typename T> void expectTheEdgesOfTheCLibrary()
+template <typename T> void expectSmallErrorsAndTheEdgesOfTheCLibrary()
 {
     using Limits = std::numeric_limits<T>;
     T const edges[] = {0,
                        1,
                        2,
+                       3,
                        T(0.5),
+                       T(1e5),
                        Limits::infinity(),
                        Limits::quiet_NaN(),
                        Limits::denorm_min(),
                        Limits::min(),
-                       Limits::max(),
-                       3,
-                       T(1e5)};
-    for (auto const& function : kLibraryFunctions<T>)
+                       Limits::max()};
+    for (auto const& function : kLibraryFunctions<T>) {
+        EXPECT_LE(errorsOf(function, 200'000).portable, function.error) << function.name;
         for (T const x : edges)
             for (T const y : edges)
                 for (auto const& [a, b] : {std::pair(x, y), {-x, y}, {x, -y}, {-x, -y}}) {
                     T const is = function.portable(a, b), known = function.cLibrary(a, b);
-                    if (std::isnan(known)) {
-                        EXPECT_TRUE(std::isnan(is)) << function.name << " " << a << " " << b;
-                    } else if (known == 0 || std::isinf(known)) {
-                        EXPECT_EQ(bits(is), bits(known)) << function.name << " " << a << " " << b;
-                    }
+                    bool const isEdge = known == 0 || std::isinf(known);
+                    EXPECT_TRUE(std::isnan(known) ? std::isnan(is)
+                                                  : !isEdge || bits(is) == bits(known))
+                        << function.name << " " << a << " " << b;
                 }
+    }
 }
 
 }  // namespace
@@ -59,17 +52,13 @@ template <typename T> void expectTheEdgesOfTheCLibrary()
 // Estimates, the x87's functions, and the questions by which a library chooses its code.
 TEST(Portable, NoInstructionsThatDifferBetweenProcessors)
 {
-    std::set<std::string> const banned = {"rcp",   "rsqrt",  "vrcp",  "vrsqrt", "vfm",
-                                          "vfnm",  "f2xm1",  "fyl2x", "fsin",   "fcos",
-                                          "fptan", "fpatan", "fprem", "cpuid",  "xgetbv"};
     auto const instructions = linesOf("objdump -d --no-show-raw-insn '" PORTABLE_FILE "'");
     EXPECT_GT(instructions.size(), 10000u);
     for (std::string const& line : instructions)
-        if (auto const tab = line.find('\t'); tab != line.npos) {
-            std::string const name = line.substr(tab + 1);
-            for (std::string const& start : banned)
-                EXPECT_FALSE(name.starts_with(start)) << line;
-        }
+        for (std::string const start :
+             {"rcp", "rsqrt", "vrcp", "vrsqrt", "vfm", "vfnm", "f2xm1", "fyl2x", "fsin", "fcos",
+              "fptan", "fpatan", "fprem", "cpuid", "xgetbv"})
+            EXPECT_EQ(line.find('\t' + start), line.npos) << line;
     for (std::string const& line : linesOf("nm '" PORTABLE_FILE "'"))
         EXPECT_EQ(line.find(" i "), line.npos) << "chosen at load time: " << line;
 }
@@ -84,14 +73,21 @@ TEST(Portable, NoMathOfTheCLibrary)
         EXPECT_EQ(line.find("[libm."), line.npos) << line;
 }
 
-TEST(Portable, ErrorsOfFunctionsAreSmall)
+TEST(Portable, FunctionsHaveSmallErrorsAndTheEdgesOfTheCLibrary)
 {
-    expectSmallErrors<float>();
-    expectSmallErrors<double>();
+    expectSmallErrorsAndTheEdgesOfTheCLibrary<float>();
+    expectSmallErrorsAndTheEdgesOfTheCLibrary<double>();
 }
 
-TEST(Portable, FunctionsHaveTheEdgesOfTheCLibrary)
+// Behind an estimate no other build has these bits: a product of 1e-6, the threshold, and the next.
+TEST(Portable, SwingsAreScaledFromTheStepBehindTheThresholdOn)
 {
-    expectTheEdgesOfTheCLibrary<float>();
-    expectTheEdgesOfTheCLibrary<double>();
+    auto* const kernel = reinterpret_cast<Kernel*>(
+        dlsym(dlopen(PORTABLE_FILE, RTLD_NOW), "NodusQuaternionToEuler_Solve"));
+    ASSERT_NE(kernel, nullptr);
+    float const w = 0.998999476f;
+    EXPECT_EQ(call<Float4>(kernel, Quaternion{0, 0.0316193663f, 0.0316261798f, w}, 12).y,
+              0.06324601f);
+    EXPECT_EQ(call<Float4>(kernel, Quaternion{0, 0.0316198133f, 0.0316257402f, w}, 12).y,
+              0.06366563f);
 }

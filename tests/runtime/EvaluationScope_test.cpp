@@ -4,70 +4,52 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <barrier>
 #include <thread>
-#include <vector>
 
 using namespace nodus::runtime;
+
+namespace {
+
+void expectSeen(std::int32_t frame, LocalServiceTable const* services)
+{
+    EXPECT_EQ(GetCurrentFrame(), frame);
+    EXPECT_EQ(GetLocalServiceTable(), services);
+}
+
+}  // namespace
 
 TEST(EvaluationScope, NestsAndEndsWithItsBlock)
 {
     LocalServiceTable outerTable, innerTable;
-    EXPECT_EQ(GetCurrentFrame(), 0);
-    EXPECT_EQ(GetLocalServiceTable(), nullptr);
+    expectSeen(0, nullptr);
     {
         EvaluationScope outer(12, &outerTable);
         {
             EvaluationScope inner(-7, &innerTable);
             inner.setFrame(-6);
-            EXPECT_EQ(GetCurrentFrame(), -6);
-            EXPECT_EQ(GetLocalServiceTable(), &innerTable);
+            expectSeen(-6, &innerTable);
             EvaluationScope silent(3, nullptr);
-            EXPECT_EQ(GetLocalServiceTable(), nullptr);
+            expectSeen(3, nullptr);
         }
-        EXPECT_EQ(GetCurrentFrame(), 12);
-        EXPECT_EQ(GetLocalServiceTable(), &outerTable);
+        expectSeen(12, &outerTable);
     }
-    EXPECT_EQ(GetCurrentFrame(), 0);
-    EXPECT_EQ(GetLocalServiceTable(), nullptr);
+    expectSeen(0, nullptr);
 }
 
 TEST(EvaluationScope, ThreadsDoNotSeeEachOther)
 {
     EvaluationScope mine(1, nullptr);
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 8; ++thread)
-        threads.emplace_back([thread] {
-            EXPECT_EQ(GetCurrentFrame(), 0);
-            LocalServiceTable table;
-            EvaluationScope scope(0, &table);
-            for (int frame = 0; frame < 10000; ++frame) {
-                scope.setFrame(frame * 8 + thread);
-                ASSERT_EQ(GetCurrentFrame(), frame * 8 + thread);
-                ASSERT_EQ(GetLocalServiceTable(), &table);
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(GetCurrentFrame(), 1);
-}
-
-// Modules call the message operation by its place: third in the virtual table of the object that
-// the sixth field of the service table points to.
-TEST(EvaluationScope, LogServiceLiesWhereModulesLookForIt)
-{
-    struct Listener : LogService {
-        std::string heard;
-        void message(char const* text) override { heard = text; }
-    } listener;
-    LocalServiceTable table;
-    table.log = &listener;
-
-    void* object = nullptr;
-    std::memcpy(&object, reinterpret_cast<char const*>(&table) + 40, sizeof object);
-    using Message = void (*)(void*, char const*);
-    Message const* virtualTable = nullptr;
-    std::memcpy(&virtualTable, object, sizeof virtualTable);
-    virtualTable[2](object, "third entry");
-    EXPECT_EQ(listener.heard, "third entry");
+    std::barrier line(2);
+    std::jthread const other([&line] {
+        expectSeen(0, nullptr);
+        LocalServiceTable table;
+        EvaluationScope const scope(2, &table);
+        line.arrive_and_wait();
+        expectSeen(2, &table);
+        line.arrive_and_wait();
+    });
+    line.arrive_and_wait();
+    expectSeen(1, nullptr);
+    line.arrive_and_wait();
 }

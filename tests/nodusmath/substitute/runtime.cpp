@@ -8,18 +8,12 @@
 namespace substitute {
 
 struct Record {
-    std::string name, signature;
+    std::string name;
     void const* entry;
 };
-
 NODUS_API std::vector<Record>& records()
 {
     static std::vector<Record> all;
-    return all;
-}
-NODUS_API std::vector<std::string>& removals()
-{
-    static std::vector<std::string> all;
     return all;
 }
 NODUS_API int g_frame = 0;
@@ -35,17 +29,20 @@ public:
     ~NodusAutoSymbol();
 
 private:
-    std::size_t m_index;
     char const* m_name;
 };
 
-NodusAutoSymbol::NodusAutoSymbol(char const* name, char const* signature, void const* entry)
-    : m_index(substitute::records().size()), m_name(name)
+NodusAutoSymbol::NodusAutoSymbol(char const* name, char const*, void const* entry) : m_name(name)
 {
-    substitute::records().push_back({name, signature, entry});
+    substitute::records().push_back({name, entry});
 }
 
-NodusAutoSymbol::~NodusAutoSymbol() { substitute::removals().push_back(m_name); }
+// The last of the records, where they are destroyed in reverse; others stay.
+NodusAutoSymbol::~NodusAutoSymbol()
+{
+    if (substitute::records().back().name == m_name)
+        substitute::records().pop_back();
+}
 
 NODUS_API int GetCurrentFrame();
 int GetCurrentFrame() { return substitute::g_frame; }
