@@ -51,6 +51,59 @@ std::vector<std::string> words(std::string const& line)
     return all;
 }
 
+struct Line {
+    int number;
+    std::string text;
+};
+
+// The block of lines that a row "| A | B" stands behind, with A for %1 and B for %2.
+std::vector<Line> withCells(std::vector<Line> block, Line const& row)
+{
+    std::string const cells = replaced(row.text.substr(1), "\\n", "\n");
+    std::size_t begin = 0;
+    for (int column = 1; begin < cells.size(); ++column) {
+        std::size_t const end = std::min(cells.find(" | ", begin), cells.size());
+        std::string cell = cells.substr(begin, end - begin);
+        cell.erase(cell.find_last_not_of(' ') + 1);
+        cell.erase(0, cell.find_first_not_of(' '));
+        for (auto& [number, text] : block)
+            text = replaced(text, "%" + std::to_string(column), cell);
+        begin = end + 2;
+    }
+    for (Line& line : block)
+        line.number = row.number;
+    return block;
+}
+
+std::vector<Line> linesOf(std::string const& path)
+{
+    std::ifstream file(path);
+    std::vector<Line> lines, block;  // the block: since the last empty line
+    bool hasRows = false;
+    auto const endBlock = [&] {
+        if (!hasRows)
+            lines.insert(lines.end(), block.begin(), block.end());
+        block.clear();
+        hasRows = false;
+    };
+    Line line{1, ""};
+    for (; std::getline(file, line.text); ++line.number) {
+        line.text = replaced(replaced(line.text, "{module}", NODUS_TEST_MODULE), "{examples}",
+                             NODUS_TEST_EXAMPLES);
+        if (line.text.starts_with("| ")) {
+            for (Line const& made : withCells(block, line))
+                lines.push_back(made);
+            hasRows = true;
+        } else if (!line.text.starts_with('#')) {
+            if (hasRows || line.text.empty())
+                endBlock();
+            block.push_back(line);
+        }
+    }
+    endBlock();
+    return lines;
+}
+
 class Session {
 public:
     void write(std::string const& name, std::string const& text) { m_folder.write(name, text); }
@@ -99,26 +152,21 @@ class Sessions : public support::TextFiles {};
 
 TEST_P(Sessions, AnswerAsWritten)
 {
-    std::ifstream file(GetParam());
-    std::vector<std::string> lines;
-    for (std::string line; std::getline(file, line);)
-        lines.push_back(replaced(replaced(line, "{module}", NODUS_TEST_MODULE), "{examples}",
-                                 NODUS_TEST_EXAMPLES));
+    std::vector<Line> const lines = linesOf(GetParam());
     std::unique_ptr<Session> session;
     auto line = lines.begin();
     auto const following = [&](std::string const& mark) {
         std::string text;
-        while (line != lines.end() && line->starts_with(mark))
-            text += (line++)->substr(mark.size()) + "\n";
+        while (line != lines.end() && line->text.starts_with(mark))
+            text += (line++)->text.substr(mark.size()) + "\n";
         return text;
     };
     int runs = 0;
     while (line != lines.end()) {
-        int const number = static_cast<int>(line - lines.begin()) + 1;
-        testing::ScopedTrace const trace(GetParam().c_str(), number, *line);
-        std::string const mark = line->substr(0, 2);
-        std::string const rest = line->substr(std::min<std::size_t>(2, line->size()));
-        ++line;
+        auto const& [number, text] = *line++;
+        testing::ScopedTrace const trace(GetParam().c_str(), number, text);
+        std::string const mark = text.substr(0, 2);
+        std::string const rest = text.substr(std::min<std::size_t>(2, text.size()));
         if (mark == "==") {
             session = std::make_unique<Session>();
         } else if (mark == "@ ") {
@@ -131,7 +179,7 @@ TEST_P(Sessions, AnswerAsWritten)
             std::string const out = following("> ");
             session->run(rest, out, following("! "));
             ++runs;
-        } else if (!mark.empty() && !mark.starts_with('#')) {
+        } else if (!mark.empty()) {
             ADD_FAILURE() << "not a line of a session";
         }
     }
