@@ -67,6 +67,7 @@ TEST(Table, LongTablesComeWhole)
 TEST(Table, ColumnNames)
 {
     support::TemporaryFolder const folder;
-    TableReader const reader(folder.write("t.csv", " time , \"a, \"\"b\"\"\",\"\nz\",\n"));
+    TableReader const reader(
+        folder.write("t.csv", "\xEF\xBB\xBF time , \"a, \"\"b\"\"\",\"\nz\",\n"));
     EXPECT_EQ(reader.columns(), (Rows{"time", "a, \"b\"", "\nz", ""}));
 }

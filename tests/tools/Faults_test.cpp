@@ -87,7 +87,7 @@ TEST(Faults, InputsOfEveryKindAreResultsOrOneClearLine)
          "not an array of 1000001", 512},
         {"a circle of many nodes",
          [] { return chainOf(kMany, "{\"from\": \"n" + std::to_string(kMany - 1) + "\"}"); },
-         "nodes in a circle: 'n0' -> 'n1'", 256},
+         "-> 'n7' -> ... (", 256},
         {"deep nesting", [] { return repeated("[", 100000); }, "nested deeper than 64"},
         {"a huge number", [] { return graphWith(repeated("9", 1000000)); },
          "is beyond every type of number"},
@@ -146,9 +146,9 @@ TEST(Faults, KilledAtAnyMomentItLeavesAWholeFileOrNone)
     auto const whole = std::chrono::steady_clock::now() - start;
     std::string const result = folder.read("r.csv");
     std::mt19937 random(20261123);
-    for (int i = 0; i < 40; ++i) {
-        int const signal = i % 2 == 0 ? SIGTERM : SIGKILL;
-        bool const wasThere = i % 4 < 2;
+    for (int i = 0; i < 42; ++i) {
+        int const signal = i % 3 == 0 ? SIGTERM : i % 3 == 1 ? SIGINT : SIGKILL;
+        bool const wasThere = i % 2 == 0;
         std::remove((folder / "r.csv").c_str());
         if (wasThere)
             folder.write("r.csv", "as it was");
@@ -177,54 +177,31 @@ TEST(Faults, KilledAtAnyMomentItLeavesAWholeFileOrNone)
     }
 }
 
-TEST(Faults, ATableThatIsTakenAwayWhileItIsRead)
+TEST(Faults, ATableThatBecomesShorterWhileItIsRead)
 {
     TemporaryFolder const folder;
     std::string const graph = folder.write("g.json", kColumns);
-    std::string const whole = "x,y\n" + repeated("1.5,-2\n", 1000000);
-    struct Row {
-        char const* why;
-        std::function<void(std::string const&)> takeAway;
-        int exitStatus;
-        char const* told;
-    } const rows[] = {
-        // Who has a file open keeps it.
-        {"removed", [](std::string const& path) { std::remove(path.c_str()); }, 0, ""},
-        {"made shorter",
-         [](std::string const& path) { EXPECT_EQ(::truncate(path.c_str(), 11), 0); }, 2,
-         "t.csv: became shorter while it was read"},
+    std::string const table = folder.write("t.csv", "x,y\n" + repeated("1.5,-2\n", 1000000));
+    int ends[2];
+    ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
+    std::thread reader;
+    auto const onStart = [&](pid_t) {
+        ::close(ends[1]);
+        // The first results: it reads, and cannot come to an end before it is read from.
+        std::vector<char> buffer(1 << 16);
+        EXPECT_EQ(::read(ends[0], buffer.data(), 1), 1);
+        EXPECT_EQ(::truncate(table.c_str(), 11), 0);
+        reader = std::thread([&ends, buffer]() mutable {
+            while (::read(ends[0], buffer.data(), buffer.size()) > 0) {
+            }
+        });
     };
-    for (Row const& row : rows) {
-        SCOPED_TRACE(row.why);
-        std::string const data = folder.write("t.csv", whole);
-        int ends[2];
-        ASSERT_EQ(::pipe2(ends, O_CLOEXEC), 0);
-        std::size_t size = 0;
-        std::thread reader;
-        auto const onStart = [&](pid_t) {
-            ::close(ends[1]);
-            // The first results: it reads, and cannot come to an end before it is read from.
-            char first;
-            EXPECT_EQ(::read(ends[0], &first, 1), 1);
-            row.takeAway(data);
-            reader = std::thread([&] {
-                std::vector<char> buffer(1 << 16);
-                while (ssize_t const got = ::read(ends[0], buffer.data(), buffer.size()))
-                    size += static_cast<std::size_t>(got);
-            });
-        };
-        Finished const run =
-            nodus({"eval", graph, "--data", data}, {.standardOutput = ends[1], .onStart = onStart});
-        reader.join();
-        ::close(ends[0]);
-        EXPECT_EQ(run.exitStatus, row.exitStatus);
-        EXPECT_NE(run.error.find(row.told), std::string::npos) << run.error;
-        if (row.exitStatus == 0) {
-            EXPECT_GT(size, whole.size());
-        } else {
-            expectClearLines(run.error);
-        }
-    }
+    Finished const run =
+        nodus({"eval", graph, "--data", table}, {.standardOutput = ends[1], .onStart = onStart});
+    reader.join();
+    ::close(ends[0]);
+    EXPECT_EQ(run.exitStatus, 2);
+    EXPECT_EQ(run.error, "nodus: " + table + ": became shorter while it was read\n");
 }
 
 TEST(Faults, AFullDiskLeavesNothing)

@@ -15,26 +15,13 @@ constexpr char kSquare[] = R"({"nodes": {
     "told":   {"type": "LogValueInt32", "inputs": {"value": {"from": "square"}, "prefix": "= "}}},
     "outputs": ["square"]})";
 
-constexpr char kWide[] = R"({"nodes": {
-    "v": {"type": "Add_Float3", "inputs": {"a": [{"column": "x"}, {"column": "y"}, 1]}}},
-    "outputs": ["v"]})";
-
-std::string tableOf(int rows)
-{
-    std::string text = "x,y\n";
-    for (int i = 0; i < rows; ++i)
-        text += std::to_string(i) + ".25,-7.125\n";
-    return text;
-}
-
 }  // namespace
 
 TEST(Eval, ASinkThatTakesNoMoreIsOneLine)
 {
     TemporaryFolder const folder;
-    std::string const graph = folder.write("g.json", kWide);
-    std::string const table = folder.write("t.csv", tableOf(60000));
-    std::vector<std::string> eval = {"eval", graph, "--data", table};
+    std::string const graph = folder.write("g.json", kSquare);
+    std::vector<std::string> eval = {"eval", graph, "--frames", "0:60000", "--log", "/dev/null"};
 
     auto const expectRefused = [&](std::string const& sink, std::string const& reason,
                                    ProcessOptions const& options) {
@@ -96,23 +83,6 @@ TEST(Command, AReaderThatHasEnoughIsNoFault)
     ::close(ends[1]);
 }
 
-TEST(Eval, AnInterruptLeavesNothing)
-{
-    TemporaryFolder const folder;
-    std::string const graph = folder.write("g.json", kSquare);
-    folder.write("r.csv", "as it was");
-    auto const before = folder.names();
-    for (int const signal : {SIGINT, SIGTERM, SIGKILL}) {
-        // The first log line tells that it is in the midst of its work.
-        Finished const run =
-            nodus({"eval", graph, "--frames", "0:2000000000", "--out", folder / "r.csv"},
-                  {.onError = [&](pid_t child) { ::kill(child, signal); }});
-        EXPECT_EQ(run.signal, signal);
-        EXPECT_EQ(folder.names(), before) << signal;
-        EXPECT_EQ(folder.read("r.csv"), "as it was") << signal;
-    }
-}
-
 TEST(Eval, ALinkStaysALinkAndAModeStaysAMode)
 {
     TemporaryFolder const folder;
@@ -129,21 +99,3 @@ TEST(Eval, ALinkStaysALinkAndAModeStaysAMode)
     EXPECT_EQ(nodus({"eval", graph, "--log", "/dev/null"}).exitStatus, 0);
     EXPECT_TRUE(fs::is_character_file("/dev/null"));
 }
-
-#ifndef NODUS_TEST_SANITIZED  // a sanitizer keeps memory of its own
-TEST(Eval, MemoryDoesNotGrowWithTheTable)
-{
-    TemporaryFolder const folder;
-    std::string const graph = folder.write("g.json", kWide);
-    long peaks[2];
-    for (int const large : {0, 1}) {
-        std::string const table = folder.write("t.csv", tableOf(large == 1 ? 1000000 : 50000));
-        Finished const run = nodus({"eval", graph, "--data", table, "--out", folder / "r.csv"});
-        ASSERT_EQ(run.exitStatus, 0) << run.error;
-        peaks[large] = run.peakKilobytes;
-    }
-    EXPECT_GT(fs::file_size(folder / "r.csv"), 20000000u);
-    EXPECT_LT(peaks[1], peaks[0] + 8 * 1024);
-    EXPECT_LT(peaks[1], 100 * 1024);
-}
-#endif
