@@ -46,8 +46,8 @@ std::int32_t intAt(Evaluator const& evaluator, std::size_t i)
 
 }  // namespace
 
-// One output read many times, in place and moved; lanes, parts and whole values. What the values
-// are is a session of the command.
+// One output read many times, in place and moved; lanes, parts and whole values; an output that its
+// kernel leaves alone at times. What the values are is a session of the command.
 TEST(Plan, EveryConsumerSeesTheValueWhateverTheSizeOfABlock)
 {
     Graph const graph = graphOf(R"({"nodes": {
@@ -57,14 +57,16 @@ TEST(Plan, EveryConsumerSeesTheValueWhateverTheSizeOfABlock)
         "mix":  {"type": "Sub_Float3", "inputs": {"a": {"from": "v"}, "b": {"from": "neg"}}},
         "f4":   {"type": "Abs_Float4", "inputs": {"value": [{"from": "v.result.z"}, {"from": "mix.result.x"}, -7, 0]}},
         "tqs":  {"type": "LogValueTQS", "inputs": {"value": {"t": [1, 2, 3, {"from": "x"}], "s": {"from": "f4"}}}},
-        "q":    {"type": "Negate_Quaternion", "inputs": {"value": {"from": "tqs.result.q"}}}},
-        "outputs": ["v", "neg", "mix", "tqs", "q"]})",
+        "q":    {"type": "Negate_Quaternion", "inputs": {"value": {"from": "tqs.result.q"}}},
+        "sine": {"type": "Sin_Float", "inputs": {"value": {"from": "x"}}},
+        "left": {"type": "FastBiasAndGain_Float", "inputs": {"amount": {"from": "sine"}, "value": 0.75}}},
+        "outputs": ["v", "neg", "mix", "tqs", "q", "left.bias"]})",
                                 {"", nullptr, true});
     std::vector<std::int32_t> frames(150);
     std::iota(frames.begin(), frames.end(), 0);
     auto const expected = resultsOf(compile(graph, 1), frames);
     float const mix[3] = {298, 20, 300};
-    EXPECT_EQ(expected[149 * 5 + 2], std::string(reinterpret_cast<char const*>(mix), sizeof mix));
+    EXPECT_EQ(expected[149 * 6 + 2], std::string(reinterpret_cast<char const*>(mix), sizeof mix));
     for (std::size_t const inBlock : {0u, 2u, 7u})
         EXPECT_EQ(resultsOf(compile(graph, inBlock), frames), expected) << inBlock;
 }

@@ -1,82 +1,60 @@
+#!/usr/bin/python3
 # The node reference in a browser: searching, links, keys, the clipboard, a phone, light and dark, without scripts.
 # Leaves its screenshots beside the page.
 # usage: browser_test.py BUILD-DIRECTORY
-import base64
 import json
 import os
 import pathlib
-import re
 import struct
-import subprocess
 import sys
-import tempfile
 import time
 import unittest
-import urllib.request
+
+from selenium import webdriver
+from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
 
 FOLDER = pathlib.Path(sys.argv.pop()).resolve() / 'reference'
 PAGE = (FOLDER / 'index.html').as_uri()
 FAMILIES = (FOLDER / 'index.html').read_text().count('<article ')
-ENTER, ESCAPE, DOWN, UP = '\ue007', '\ue00c', '\ue015', '\ue013'
+ENTER, ESCAPE, DOWN, UP = Keys.ENTER, Keys.ESCAPE, Keys.DOWN, Keys.UP
 DESKTOP, PHONE = (1280, 900), (360, 740)
 
 
-class Browser:
-    """One headless Chromium with an empty profile, led by WebDriver."""
+class Browser(webdriver.Chrome):
+    """One headless Chromium with an empty profile."""
 
     def __init__(self):
-        self.profile = tempfile.TemporaryDirectory()
-        self.driver = subprocess.Popen(['chromedriver', '--port=0'], stdout=subprocess.PIPE, text=True)
-        for line in self.driver.stdout:
-            if started := re.search(r'started successfully on port (\d+)', line):
-                break
-        self.url = f'http://127.0.0.1:{started[1]}/session'
-        arguments = ['--headless', '--disable-gpu', '--disable-quic', '--no-first-run', '--disable-sync',
-                     '--disable-background-networking', '--disable-component-update', '--hide-scrollbars',
-                     f'--user-data-dir={self.profile.name}']
+        options = webdriver.ChromeOptions()
+        for argument in ['headless', 'disable-gpu', 'disable-quic', 'no-first-run', 'disable-sync', 'hide-scrollbars',
+                         'disable-background-networking', 'disable-component-update']:
+            options.add_argument('--' + argument)
         if os.geteuid() == 0:
-            arguments.append('--no-sandbox')
-        options = {'goog:chromeOptions': {'args': arguments}, 'goog:loggingPrefs': {'browser': 'ALL'}}
-        self.url += '/' + self.post('', {'capabilities': {'alwaysMatch': options}})['sessionId']
-
-    def post(self, path, body, method='POST'):
-        request = urllib.request.Request(self.url + path, json.dumps(body).encode(), method=method)
-        with urllib.request.urlopen(request, timeout=60) as answer:
-            return json.load(answer)['value']
-
-    def close(self):
-        self.post('', {}, 'DELETE')
-        self.driver.terminate()
-        self.driver.wait()
-        self.driver.stdout.close()
-        self.profile.cleanup()
-
-    def command(self, name, **parameters):
-        return self.post('/goog/cdp/execute', {'cmd': name, 'params': parameters})
+            options.add_argument('--no-sandbox')
+        options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
+        super().__init__(options=options)
 
     def run(self, script, *arguments):
-        return self.post('/execute/sync', {'script': 'return ' + script, 'args': arguments})
+        return self.execute_script('return ' + script, *arguments)
 
     def keys(self, text):
-        actions = [{'type': kind, 'value': key} for key in text for kind in ('keyDown', 'keyUp')]
-        self.post('/actions', {'actions': [{'type': 'key', 'id': 'keys', 'actions': actions}]})
+        webdriver.ActionChains(self).send_keys(text).perform()
 
     def click(self, selector):
-        element = self.post('/element', {'using': 'css selector', 'value': selector})
-        self.post(f'/element/{next(iter(element.values()))}/click', {})
+        self.find_element(By.CSS_SELECTOR, selector).click()
 
     def open(self, hash=''):
-        self.post('/url', {'url': 'about:blank'})
-        self.post('/url', {'url': PAGE + hash})
+        self.get('about:blank')
+        self.get(PAGE + hash)
 
     def show(self, size, scheme='light'):
-        self.command('Emulation.setDeviceMetricsOverride', width=size[0], height=size[1], deviceScaleFactor=1,
-                     mobile=size == PHONE)
-        self.command('Emulation.setEmulatedMedia', features=[{'name': 'prefers-color-scheme', 'value': scheme}])
+        self.execute_cdp_cmd('Emulation.setDeviceMetricsOverride', {
+            'width': size[0], 'height': size[1], 'deviceScaleFactor': 1, 'mobile': size == PHONE})
+        self.execute_cdp_cmd('Emulation.setEmulatedMedia', {
+            'features': [{'name': 'prefers-color-scheme', 'value': scheme}]})
 
     def screenshot(self, name):
-        picture = base64.b64decode(self.command('Page.captureScreenshot')['data'])
-        (FOLDER / f'{name}.png').write_bytes(picture)
+        (FOLDER / f'{name}.png').write_bytes(picture := self.get_screenshot_as_png())
         return picture
 
 
@@ -103,14 +81,14 @@ class InABrowser(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
         cls.browser = Browser()
-        cls.addClassCleanup(cls.browser.close)
+        cls.addClassCleanup(cls.browser.quit)
 
     def setUp(self):
         self.browser.show(DESKTOP)
         self.browser.open()
 
     def tearDown(self):
-        faults = self.browser.post('/se/log', {'type': 'browser'})
+        faults = self.browser.get_log('browser')
         self.assertEqual([fault['message'] for fault in faults if fault['level'] == 'SEVERE'], [])
 
     def shown(self):
@@ -216,7 +194,7 @@ class InABrowser(unittest.TestCase):
         self.assertEqual(self.browser.run('document.activeElement.id'), '')
 
     def test_copies_a_graph(self):
-        self.browser.command('Browser.grantPermissions', permissions=['clipboardReadWrite'])
+        self.browser.execute_cdp_cmd('Browser.grantPermissions', {'permissions': ['clipboardReadWrite']})
         self.browser.click('#Slerp .copy')
         self.soon('document.querySelector("#Slerp .copy").textContent', 'Copied')
         copied = self.browser.run('navigator.clipboard.readText()')
@@ -254,13 +232,13 @@ class InABrowser(unittest.TestCase):
         self.browser.run('localStorage.clear()')
 
     def test_can_be_read_without_scripts(self):
-        self.browser.command('Emulation.setScriptExecutionDisabled', value=True)
+        self.browser.execute_cdp_cmd('Emulation.setScriptExecutionDisabled', {'value': True})
         try:
             self.browser.open()
             self.assertEqual(len(self.shown()), FAMILIES)
             self.assertFalse(self.browser.run('document.getElementById("search").checkVisibility()'))
         finally:
-            self.browser.command('Emulation.setScriptExecutionDisabled', value=False)
+            self.browser.execute_cdp_cmd('Emulation.setScriptExecutionDisabled', {'value': False})
 
 
 unittest.main(verbosity=0)
