@@ -35,18 +35,15 @@ TEST(Estimates, ExactOnesAnswerAlikeAtTheEdges)
     for (Estimate const& estimate : kEstimates)
         for (std::uint32_t high = 0; high < 512; ++high)
             for (std::uint32_t const fraction : {0u, 1u, 0x2AAAAAu, 0x400000u, 0x7FFFFFu}) {
-                float const v = std::bit_cast<float>(high << 23 | fraction);
+                auto const v = std::bit_cast<float>(high << 23 | fraction);
                 float const given = lane0Of(estimate.instruction, v);
                 float const exact = lane0Of(estimate.exact, v);
-                std::string const where =
-                    std::string(estimate.why) + " of " + std::to_string(bits(v));
-                if (std::isnan(given) || std::isinf(given) || v == 0) {
-                    EXPECT_EQ(bits(exact), bits(given)) << where;
-                } else if (std::abs(v) <= estimate.lastSure) {
-                    EXPECT_LE(std::abs(given - exact), 0x1.8p-12f * std::abs(exact)) << where;
-                } else {
-                    EXPECT_EQ(std::signbit(exact), std::signbit(given)) << where;
-                    EXPECT_TRUE(std::isnormal(exact) || exact == 0) << where;
-                }
+                bool const isEdge = std::isnan(given) || std::isinf(given) || v == 0;
+                bool const isAlike = isEdge ? bits(exact) == bits(given)
+                                     : std::abs(v) <= estimate.lastSure
+                                         ? std::abs(given - exact) <= 0x1.8p-12f * std::abs(exact)
+                                         : std::signbit(exact) == std::signbit(given) &&
+                                               (std::isnormal(exact) || exact == 0);
+                EXPECT_TRUE(isAlike) << estimate.why << " of " << v << ": " << exact;
             }
 }

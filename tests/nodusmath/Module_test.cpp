@@ -13,7 +13,7 @@ using nodus::test::kListed;
 TEST(Module, RegistersEveryKernelInTheOrderOfTheListAndUnloadsWithoutATrace)
 {
     for (int time = 0; time < 2; ++time) {
-        void* const module = dlopen(NODUSMATH_FILE, RTLD_NOW | RTLD_LOCAL);
+        void* const module = dlopen(NODUS_TEST_MODULE, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(module, nullptr) << dlerror();
         auto const kernels = registeredKernels();
         ASSERT_EQ(kernels.size(), kListed.size());
@@ -32,17 +32,17 @@ TEST(Module, RegistersEveryKernelInTheOrderOfTheListAndUnloadsWithoutATrace)
         EXPECT_EQ(registeredKernels().size(), kListed.size());
         dlclose(module);
         EXPECT_TRUE(registeredKernels().empty());
-        EXPECT_EQ(dlopen(NODUSMATH_FILE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still mapped";
+        EXPECT_EQ(dlopen(NODUS_TEST_MODULE, RTLD_NOW | RTLD_NOLOAD), nullptr) << "still mapped";
     }
 }
 
-#ifndef NODUSMATH_SANITIZED  // a sanitizer adds instructions of its own
+#ifndef NODUS_TEST_SANITIZED  // a sanitizer adds instructions of its own
 
 // One rounding an operation: no instruction may fuse a product and a sum, also where the processor
 // could.
 TEST(Module, FusesNoProductWithASum)
 {
-    for (std::string const file : {NODUSMATH_FILE, NODUSMATH_V3_FILE}) {
+    for (std::string const file : {NODUS_TEST_MODULE, NODUSMATH_V3_FILE}) {
         auto const instructions =
             nodus::test::linesOf("objdump -d --no-show-raw-insn '" + file + "'");
         EXPECT_GT(instructions.size(), 1000u) << file;

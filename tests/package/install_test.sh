@@ -50,7 +50,7 @@ block README.md cpp >"$scratch/host.cpp"
 # shellcheck disable=SC2046 # one word a flag is what is wanted
 "$cxx" -std=c++20 -Wall -Wextra -Werror "$scratch/host.cpp" -o "$scratch/host" \
     $(pkg-config --cflags --libs compute_runtime) -Wl,-rpath,"$libdir"
-expect "the pkg-config host" "sum (11.000000,22.000000,33.000000)" \
+expect "the pkg-config host" "$(block README.md text)" \
     "$("$scratch/host" "$(pkg-config --variable=module nodusmath)")"
 
 for header in $(cd "$prefix/include" && find . -name '*.h' | sed 's|^\./||'); do

@@ -29,7 +29,7 @@ void receive(LogObject* log, char const* text) { log->message += text; }
 
 TEST(SubstituteHost, LoadsCallsLogsAndUnloads)
 {
-    void* const module = dlopen(NODUSMATH_FILE, RTLD_NOW | RTLD_LOCAL);
+    void* const module = dlopen(NODUS_TEST_MODULE, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module, nullptr) << dlerror();
     auto const& records = substitute::records();
     EXPECT_TRUE(std::ranges::equal(records, nodus::test::kListed, {}, &substitute::Record::name));
