@@ -52,7 +52,7 @@ void NodusMul_Float4_Solve(void const* in, void* out) noexcept { solve<multiply<
 void NodusMul_Int32_Solve(void const* in, void* out) noexcept { solve<multiply<Int32>>(in, out); }
 void NodusMul_Matrix4x4_Solve(void const* in, void* out) noexcept
 {
-    solve<multiplyMatrices>(in, out);
+    solveByKernel<multiplyMatrices>(in, out);
 }
 void NodusMul_Quat_Solve(void const* in, void* out) noexcept { solve<multiplyRotations>(in, out); }
 void NodusMul_UInt32_Solve(void const* in, void* out) noexcept { solve<multiply<UInt32>>(in, out); }

@@ -66,7 +66,7 @@ void fillTables() noexcept
 }
 
 // Any number of threads may come here at once: one fills the tables, the others wait for it.
-[[gnu::cold, gnu::noinline]] void completeTables() noexcept
+[[gnu::cold, gnu::noinline, maybe_unused]] void completeTables() noexcept
 {
     [[maybe_unused]] static bool const filled = (fillTables(), true);
     start.store(0, std::memory_order_release);
@@ -82,9 +82,14 @@ template <auto noise>
 }
 template <auto noise> QVR_INLINE void solveWithTables(void const* in, void* out) noexcept
 {
+#ifdef NODUS_ROWS
+    // The process has one field, and the module has it.
+    solveByKernel<noise>(in, out);
+#else
     if (start.load(std::memory_order_acquire) != 0) [[unlikely]]
         return solveFirst<noise>(in, out);
     solve<noise>(in, out);
+#endif
 }
 
 template <typename Lanes> inline constexpr auto kThreeOf = kThree;

@@ -20,5 +20,5 @@ Matrix4x4 quaternionToMatrix(Quaternion const& value) noexcept
 
 void NodusQuaternionToMatrix_Solve(void const* in, void* out) noexcept
 {
-    solve<quaternionToMatrix>(in, out);
+    solveByKernel<quaternionToMatrix>(in, out);
 }

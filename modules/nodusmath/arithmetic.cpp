@@ -404,15 +404,15 @@ void NodusConj_Quat_Solve(void const* in, void* out) noexcept { solve<conjugateO
 void NodusInv_Quat_Solve(void const* in, void* out) noexcept { solve<inverseOf>(in, out); }
 void NodusNorm_Quat_Solve(void const* in, void* out) noexcept { solve<unitOf>(in, out); }
 void NodusLerp_Quat_Solve(void const* in, void* out) noexcept { solve<lerp>(in, out); }
-void NodusSlerp_Quat_Solve(void const* in, void* out) noexcept { solve<slerp>(in, out); }
+void NodusSlerp_Quat_Solve(void const* in, void* out) noexcept { solveByKernel<slerp>(in, out); }
 void NodusQuatArcRotate_Solve(void const* in, void* out) noexcept { solve<arcRotation>(in, out); }
 void NodusEulerToQuaternion_Solve(void const* in, void* out) noexcept
 {
-    solve<eulerToQuaternion>(in, out);
+    solveByKernel<eulerToQuaternion>(in, out);
 }
 void NodusQuaternionToEuler_Solve(void const* in, void* out) noexcept
 {
-    solve<quaternionToEuler>(in, out);
+    solveByKernel<quaternionToEuler>(in, out);
 }
 
 // Transforms. Translations and rotations compose as rigid motions, scales by themselves: an outer
@@ -458,13 +458,16 @@ Float4 placed(Float4 const& position, TQS const& transform) noexcept
 
 }  // namespace
 
-void NodusInverseTQS_Solve(void const* in, void* out) noexcept { solve<inverted>(in, out); }
+void NodusInverseTQS_Solve(void const* in, void* out) noexcept { solveByKernel<inverted>(in, out); }
 void NodusTransformInverseTQS_Solve(void const* in, void* out) noexcept
 {
-    solve<composedWithInverse>(in, out);
+    solveByKernel<composedWithInverse>(in, out);
 }
 void NodusTransformPositionWithTQS_Solve(void const* in, void* out) noexcept
 {
-    solve<placed>(in, out);
+    solveByKernel<placed>(in, out);
 }
-void NodusTransformTQS_Solve(void const* in, void* out) noexcept { solve<composed>(in, out); }
+void NodusTransformTQS_Solve(void const* in, void* out) noexcept
+{
+    solveByKernel<composed>(in, out);
+}

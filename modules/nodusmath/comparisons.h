@@ -33,7 +33,6 @@ template <typename Relation, typename T, typename... Rest>
                                              Rest const&... rest) noexcept
 {
     using namespace qvr;
-    constexpr int kAllFour = 15;
     if constexpr (std::is_same_v<T, Bool>) {
         return asBool(relation(first.byte, rest.byte...));
     } else if constexpr (std::is_arithmetic_v<T>) {
@@ -45,17 +44,17 @@ template <typename Relation, typename T, typename... Rest>
                       relation(first.z, rest.z...));
     } else if constexpr (std::is_same_v<T, Color>) {
         _vec4 const holds = relation(loadUnaligned(&first.r), loadUnaligned(&rest.r)...);
-        return asBool(laneMask(holds) == kAllFour);
+        return asBool(holdsInAll(holds));
     } else if constexpr (std::is_same_v<T, Matrix4x4>) {
         auto const row = [&](int i) __attribute__((always_inline))
         {
             return relation(load(&first.rows[i].x), load(&rest.rows[i].x)...);
         };
         _vec4 const holds = both(both(row(0), row(1)), both(row(2), row(3)));
-        return asBool(laneMask(holds) == kAllFour);
+        return asBool(holdsInAll(holds));
     } else {
         static_assert(FourLaned<T>);
-        return asBool(laneMask(relation(load(&first.x), load(&rest.x)...)) == kAllFour);
+        return asBool(holdsInAll(relation(load(&first.x), load(&rest.x)...)));
     }
 }
 
@@ -74,7 +73,7 @@ template <typename Relation, typename T, typename... Rest>
                       relation(first.z, rest.z...));
     } else {
         static_assert(FourLaned<T>);
-        return asBool(laneMask(relation(load(&first.x), load(&rest.x)...)) != 0);
+        return asBool(holdsInAny(relation(load(&first.x), load(&rest.x)...)));
     }
 }
 

@@ -5,6 +5,18 @@
 
 #include "nodus/Export.h"
 
+// Over rows, a kernel is one loop with nothing called from it that could be inlined, compiled for
+// each of these processors: the best that runs here is chosen while the library is being loaded.
+#if defined(NODUS_ENTRY)
+#elif !defined(NODUS_ROWS)
+#define NODUS_ENTRY NODUS_API
+#elif defined(__clang__) || !defined(__x86_64__)
+#define NODUS_ENTRY __attribute__((flatten))
+#else
+#define NODUS_ENTRY                                                                                \
+    __attribute__((flatten, target_clones("default", "arch=x86-64-v3", "arch=x86-64-v4")))
+#endif
+
 extern "C" {
 
 // The host's module loader calls these after loading and before unloading; both do nothing, since
@@ -12,9 +24,9 @@ extern "C" {
 NODUS_API void nodusmath_loadModule() noexcept;
 NODUS_API void nodusmath_unloadModule() noexcept;
 
-#define NODUS_KERNEL(name) NODUS_API void name(void const* in, void* out) noexcept;
+#define NODUS_KERNEL(name) NODUS_ENTRY void name(void const* in, void* out) noexcept;
 #define NODUS_GENERATOR(name)                                                                      \
-    NODUS_API void name(void const* in, void* workspace, void* out) noexcept;
+    NODUS_ENTRY void name(void const* in, void* workspace, void* out) noexcept;
 #include "kernels.def"
 #undef NODUS_KERNEL
 #undef NODUS_GENERATOR

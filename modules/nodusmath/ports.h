@@ -165,7 +165,7 @@ struct EntryPoint<Result (*)(Parameters...) noexcept> {
 // The body of a kernel: calls function with the ports of its blocks. The function's parameters are
 // the ports in block order; its result is the output port, a structure of two the two output ports.
 // A function that may leave outputs untouched, or assigns shared ones, takes them by reference.
-#ifndef NODUS_DESCRIBE_PORTS
+#if !defined(NODUS_DESCRIBE_PORTS) && !defined(NODUS_ROWS)
 template <auto function>
 [[gnu::always_inline]] inline void solve(void const* in, void* out) noexcept
 {
@@ -181,7 +181,14 @@ template <auto function>
 {
     EntryPoint<decltype(function)>::template solve<function>(in, workspace, nullptr);
 }
-#else
+// For functions of which loops over rows make no vectors, since rows go different ways or are too
+// large, or of what only the module has: over rows, its kernel serves as well.
+template <auto function>
+[[gnu::always_inline]] inline void solveByKernel(void const* in, void* out) noexcept
+{
+    solve<function>(in, out);
+}
+#elif defined(NODUS_DESCRIBE_PORTS)
 // The same sources, built once more so that the catalogue can be held against the functions
 // themselves: every entry point writes its ports in words to a std::string.
 template <auto function> void solve(void const*, void* text)
@@ -192,6 +199,10 @@ template <auto function> void solve(void const*, void*, void* text)
 {
     *static_cast<std::string*>(text) = EntryPoint<decltype(function)>::describe();
 }
+template <auto function> void solveByKernel(void const* in, void* text)
+{
+    solve<function>(in, text);
+}
 template <auto function> void initialize(void const*, void* text)
 {
     *static_cast<std::string*>(text) = EntryPoint<decltype(function)>::describe();
@@ -199,3 +210,8 @@ template <auto function> void initialize(void const*, void* text)
 #endif
 
 }  // namespace nodusmath
+
+// And once more for kernels over rows.
+#ifdef NODUS_ROWS
+#include "row_loops.h"
+#endif

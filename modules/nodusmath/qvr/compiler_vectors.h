@@ -1,22 +1,33 @@
-// The operations of processor.h by the compiler's vectors and plain C++, for any processor;
-// x86_64.h says what each of them is. Results are the same bits, but for the payload of NaN.
-// Products are rounded by themselves only with -ffp-contract=off, as the library's package asks
-// for.
+// The operations of processor.h by the compiler's vectors and plain C++, for any processor, or by
+// plain C++ alone (QVR_PLAIN_LANES); x86_64.h says what each of them is. Results are the same bits,
+// but for the payload of NaN. Products are rounded by themselves only with -ffp-contract=off, as
+// the library's package asks for.
 #pragma once
 
-#include "exact.h"
+#include "plain_lane.h"
 
 #include <bit>
-#include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
-#include <limits>
 
+#ifdef QVR_PLAIN_LANES
+#include "plain_vectors.h"
+#else
 namespace qvr {
 
 using FloatVector = float __attribute__((vector_size(16)));
 using WordVector = std::int32_t __attribute__((vector_size(16)));
+
+template <int i, int j, int k, int l>
+QVR_INLINE FloatVector shuffled(FloatVector a, FloatVector b) noexcept
+{
+    return __builtin_shufflevector(a, b, i, j, k, l);
+}
+
+}  // namespace qvr
+#endif
+
+namespace qvr {
 
 struct _vec4 {
     FloatVector lanes;
@@ -28,34 +39,31 @@ struct IntegerLanes {
 QVR_INLINE WordVector bitsOf(_vec4 v) noexcept { return std::bit_cast<WordVector>(v.lanes); }
 QVR_INLINE _vec4 fromBits(WordVector bits) noexcept { return {std::bit_cast<FloatVector>(bits)}; }
 
-QVR_INLINE _vec4 loadUnaligned(float const* from) noexcept
+// Four bit patterns: not those in memory, so that the compiler sees them.
+template <std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t w>
+QVR_INLINE _vec4 patterns(std::uint32_t const (&)[4]) noexcept
 {
-    _vec4 v;
-    std::memcpy(&v.lanes, from, sizeof v.lanes);
-    return v;
+    return {FloatVector{std::bit_cast<float>(x), std::bit_cast<float>(y), std::bit_cast<float>(z),
+                        std::bit_cast<float>(w)}};
 }
-QVR_INLINE void storeUnaligned(float* to, _vec4 v) noexcept
-{
-    std::memcpy(to, &v.lanes, sizeof v.lanes);
-}
-QVR_INLINE _vec4 load(float const* from) noexcept
-{
-    return loadUnaligned(static_cast<float const*>(__builtin_assume_aligned(from, 16)));
-}
-QVR_INLINE void store(float* to, _vec4 v) noexcept
-{
-    storeUnaligned(static_cast<float*>(__builtin_assume_aligned(to, 16)), v);
-}
-QVR_INLINE _vec4 loadBits(std::uint32_t const* from) noexcept
-{
-    _vec4 v;
-    std::memcpy(&v.lanes, __builtin_assume_aligned(from, 16), sizeof v.lanes);
-    return v;
-}
+
 QVR_INLINE _vec4 lanes(float x, float y, float z, float w) noexcept
 {
     return {FloatVector{x, y, z, w}};
 }
+QVR_INLINE _vec4 loadUnaligned(float const* from) noexcept
+{
+    return lanes(from[0], from[1], from[2], from[3]);
+}
+QVR_INLINE void storeUnaligned(float* to, _vec4 v) noexcept
+{
+    to[0] = v.lanes[0];
+    to[1] = v.lanes[1];
+    to[2] = v.lanes[2];
+    to[3] = v.lanes[3];
+}
+QVR_INLINE _vec4 load(float const* from) noexcept { return loadUnaligned(from); }
+QVR_INLINE void store(float* to, _vec4 v) noexcept { storeUnaligned(to, v); }
 QVR_INLINE _vec4 loadPair(float const* from) noexcept { return lanes(from[0], from[1], 0, 0); }
 QVR_INLINE _vec4 loadTriple(float const* from) noexcept
 {
@@ -84,7 +92,7 @@ template <int lane> QVR_INLINE float laneOf(_vec4 v) noexcept { return v.lanes[l
 
 template <int i, int j, int k, int l> QVR_INLINE _vec4 shuffle(_vec4 a, _vec4 b) noexcept
 {
-    return {__builtin_shufflevector(a.lanes, b.lanes, i, j, 4 + k, 4 + l)};
+    return {shuffled<i, j, 4 + k, 4 + l>(a.lanes, b.lanes)};
 }
 template <int x, int y, int z, int w> QVR_INLINE _vec4 shuffle(_vec4 v) noexcept
 {
@@ -94,11 +102,11 @@ QVR_INLINE _vec4 firstPairs(_vec4 a, _vec4 b) noexcept { return shuffle<0, 1, 0,
 QVR_INLINE _vec4 lastPairs(_vec4 a, _vec4 b) noexcept { return shuffle<2, 3, 2, 3>(a, b); }
 QVR_INLINE _vec4 interleaveFirst(_vec4 a, _vec4 b) noexcept
 {
-    return {__builtin_shufflevector(a.lanes, b.lanes, 0, 4, 1, 5)};
+    return {shuffled<0, 4, 1, 5>(a.lanes, b.lanes)};
 }
 QVR_INLINE _vec4 interleaveLast(_vec4 a, _vec4 b) noexcept
 {
-    return {__builtin_shufflevector(a.lanes, b.lanes, 2, 6, 3, 7)};
+    return {shuffled<2, 6, 3, 7>(a.lanes, b.lanes)};
 }
 QVR_INLINE _vec4 firstPair(_vec4 v) noexcept { return firstPairs(v, zero()); }
 QVR_INLINE _vec4 lastPair(_vec4 v) noexcept { return shuffle<2, 3, 0, 1>(v, zero()); }
@@ -121,10 +129,15 @@ QVR_INLINE _vec4 less(_vec4 a, _vec4 b) noexcept { return fromBits(a.lanes < b.l
 QVR_INLINE _vec4 lessEqual(_vec4 a, _vec4 b) noexcept { return fromBits(a.lanes <= b.lanes); }
 QVR_INLINE _vec4 notEqual(_vec4 a, _vec4 b) noexcept { return fromBits(a.lanes != b.lanes); }
 QVR_INLINE _vec4 notLess(_vec4 a, _vec4 b) noexcept { return fromBits(~(a.lanes < b.lanes)); }
-QVR_INLINE int laneMask(_vec4 comparison) noexcept
+QVR_INLINE bool holdsInAll(_vec4 comparison) noexcept
 {
     WordVector const bits = bitsOf(comparison);
-    return (bits[0] < 0) | (bits[1] < 0) << 1 | (bits[2] < 0) << 2 | (bits[3] < 0) << 3;
+    return (bits[0] & bits[1] & bits[2] & bits[3]) != 0;
+}
+QVR_INLINE bool holdsInAny(_vec4 comparison) noexcept
+{
+    WordVector const bits = bitsOf(comparison);
+    return (bits[0] | bits[1] | bits[2] | bits[3]) != 0;
 }
 
 // The bits of a where the comparison held, those of b elsewhere.
@@ -135,50 +148,25 @@ QVR_INLINE _vec4 chosen(WordVector comparison, _vec4 a, _vec4 b) noexcept
 QVR_INLINE _vec4 minimum(_vec4 a, _vec4 b) noexcept { return chosen(a.lanes < b.lanes, a, b); }
 QVR_INLINE _vec4 maximum(_vec4 a, _vec4 b) noexcept { return chosen(a.lanes > b.lanes, a, b); }
 
-// One lane.
-
-inline constexpr std::int32_t kNoInteger = std::numeric_limits<std::int32_t>::min();
-
-// Of both types: what is inside, kNoInteger included, and no NaN.
-template <std::floating_point T> QVR_INLINE bool hasInteger(T v) noexcept
-{
-    return T{-0x1p31} - 1 < v && v < T{0x1p31};
+#ifdef QVR_LANE_ESTIMATES
+#define QVR_HAS_ESTIMATES 1
+// The processor's estimates lane by lane; a loop over lanes calls the functions for its vectors.
+extern "C" {
+[[gnu::simd("notinbranch"), gnu::const]] float qvr_reciprocal(float) noexcept;
+[[gnu::simd("notinbranch"), gnu::const]] float qvr_reciprocal_root(float) noexcept;
 }
-template <std::floating_point T> QVR_INLINE std::int32_t toIntTruncating(T v) noexcept
+QVR_INLINE float estimatedReciprocalRoot(float v) noexcept { return qvr_reciprocal_root(v); }
+QVR_INLINE _vec4 estimatedReciprocal(_vec4 v) noexcept
 {
-    return hasInteger(v) ? static_cast<std::int32_t>(v) : kNoInteger;
+    return lanes(qvr_reciprocal(v.lanes[0]), qvr_reciprocal(v.lanes[1]), qvr_reciprocal(v.lanes[2]),
+                 qvr_reciprocal(v.lanes[3]));
 }
-// Ties to even: from 2^23 on every float is whole, and below a sum with that is rounded to one.
-QVR_INLINE std::int32_t toIntNearest(float v) noexcept
+QVR_INLINE _vec4 estimatedReciprocalRoot(_vec4 v) noexcept
 {
-    float const size = __builtin_fabsf(v);
-    float const whole = size < 0x1p23f ? (size + 0x1p23f) - 0x1p23f : size;
-    return toIntTruncating(__builtin_copysignf(whole, v));
+    return lanes(qvr_reciprocal_root(v.lanes[0]), qvr_reciprocal_root(v.lanes[1]),
+                 qvr_reciprocal_root(v.lanes[2]), qvr_reciprocal_root(v.lanes[3]));
 }
-
-template <std::floating_point T> QVR_INLINE T opaque(T v) noexcept { return v; }
-QVR_INLINE float squareRoot(float v) noexcept { return __builtin_sqrtf(v); }
-QVR_INLINE double squareRoot(double v) noexcept { return __builtin_sqrt(v); }
-template <std::floating_point T> QVR_INLINE T signum(T v) noexcept
-{
-    return static_cast<T>((v > 0) - (v < 0));
-}
-template <std::floating_point T> QVR_INLINE T withoutWhole(T v) noexcept
-{
-    // A compiler may take the two conversions for a truncation, which has a zero of v's sign.
-    return v == 0 ? v : v - static_cast<T>(toIntTruncating(v));
-}
-QVR_INLINE float wholeNearest(float v) noexcept { return static_cast<float>(toIntNearest(v)); }
-QVR_INLINE float wholeBelow(float v) noexcept
-{
-    float const nearest = wholeNearest(v);
-    return v < nearest ? nearest - 1 : nearest;
-}
-QVR_INLINE float wholeAbove(float v) noexcept
-{
-    float const nearest = wholeNearest(v);
-    return nearest < v ? nearest + 1 : nearest;
-}
+#endif
 
 // Of four lanes, where the compiler has no vector operation.
 
@@ -187,15 +175,15 @@ QVR_INLINE _vec4 squareRoot(_vec4 v) noexcept
     return lanes(squareRoot(v.lanes[0]), squareRoot(v.lanes[1]), squareRoot(v.lanes[2]),
                  squareRoot(v.lanes[3]));
 }
+QVR_INLINE _vec4 nearest(_vec4 v) noexcept
+{
+    return lanes(wholeNearest(v.lanes[0]), wholeNearest(v.lanes[1]), wholeNearest(v.lanes[2]),
+                 wholeNearest(v.lanes[3]));
+}
 QVR_INLINE IntegerLanes integerLanes(std::int32_t x, std::int32_t y, std::int32_t z,
                                      std::int32_t w) noexcept
 {
     return {WordVector{x, y, z, w}};
-}
-QVR_INLINE IntegerLanes toIntegers(_vec4 v) noexcept
-{
-    return integerLanes(toIntNearest(v.lanes[0]), toIntNearest(v.lanes[1]),
-                        toIntNearest(v.lanes[2]), toIntNearest(v.lanes[3]));
 }
 QVR_INLINE IntegerLanes toIntegersTruncating(_vec4 v) noexcept
 {
@@ -204,7 +192,8 @@ QVR_INLINE IntegerLanes toIntegersTruncating(_vec4 v) noexcept
 }
 QVR_INLINE _vec4 toFloats(IntegerLanes v) noexcept
 {
-    return {__builtin_convertvector(v.lanes, FloatVector)};
+    return lanes(static_cast<float>(v.lanes[0]), static_cast<float>(v.lanes[1]),
+                 static_cast<float>(v.lanes[2]), static_cast<float>(v.lanes[3]));
 }
 QVR_INLINE bool anyLaneIs(std::int32_t value, IntegerLanes v) noexcept
 {

@@ -14,7 +14,7 @@ static_assert(sizeof(_vec4) == 16 && alignof(_vec4) == 16);
 // A constant by its four bit patterns, from lane 0 to lane 3; one object for each distinct pattern.
 template <std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t w> class _simd_const {
 public:
-    QVR_INLINE operator _vec4() const noexcept { return loadBits(s_bits); }
+    QVR_INLINE operator _vec4() const noexcept { return patterns<x, y, z, w>(s_bits); }
 
 private:
     // Nothing writes them, yet they are not const: GCC replaces a const whose lanes are equal by a
@@ -52,9 +52,5 @@ QVR_INLINE _vec4 select(_vec4 mask, _vec4 a, _vec4 b) noexcept
 {
     return bitXor(bitAnd(bitXor(a, b), mask), b);
 }
-
-// The whole number nearest to each lane, ties to even, by way of 32-bit integers: what does not fit
-// one becomes -2^31.
-QVR_INLINE _vec4 nearest(_vec4 v) noexcept { return toFloats(toIntegers(v)); }
 
 }  // namespace qvr

@@ -35,10 +35,11 @@ QVR_INLINE __m128 rounded(__m128 product) noexcept
     return product;
 }
 
-// Four bit patterns in memory, from lane 0 to lane 3.
-QVR_INLINE _vec4 loadBits(std::uint32_t const* from) noexcept
+// Four bit patterns, which lie in memory as one object for each distinct four.
+template <std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t>
+QVR_INLINE _vec4 patterns(std::uint32_t const (&bits)[4]) noexcept
 {
-    return {_mm_load_ps(reinterpret_cast<float const*>(from))};
+    return {_mm_load_ps(reinterpret_cast<float const*>(bits))};
 }
 
 // Loading and storing. load and store want 16-byte alignment. The pairs and triples touch 8 and 12
@@ -144,17 +145,23 @@ QVR_INLINE _vec4 lessEqual(_vec4 a, _vec4 b) noexcept { return {_mm_cmple_ps(a.l
 // Unordered ones: true for NaN.
 QVR_INLINE _vec4 notEqual(_vec4 a, _vec4 b) noexcept { return {_mm_cmpneq_ps(a.lanes, b.lanes)}; }
 QVR_INLINE _vec4 notLess(_vec4 a, _vec4 b) noexcept { return {_mm_cmpnlt_ps(a.lanes, b.lanes)}; }
-// The sign bits of the four lanes, lane 0 in bit 0: 15 when a comparison held in every lane.
-QVR_INLINE int laneMask(_vec4 comparison) noexcept { return _mm_movemask_ps(comparison.lanes); }
+QVR_INLINE bool holdsInAll(_vec4 comparison) noexcept
+{
+    return _mm_movemask_ps(comparison.lanes) == 15;
+}
+QVR_INLINE bool holdsInAny(_vec4 comparison) noexcept
+{
+    return _mm_movemask_ps(comparison.lanes) != 0;
+}
 
 // a < b ? a : b and a > b ? a : b: a NaN on either side, and two zeros of either sign, give b.
 QVR_INLINE _vec4 minimum(_vec4 a, _vec4 b) noexcept { return {_mm_min_ps(a.lanes, b.lanes)}; }
 QVR_INLINE _vec4 maximum(_vec4 a, _vec4 b) noexcept { return {_mm_max_ps(a.lanes, b.lanes)}; }
 
-// To 32-bit integers, ties to even or towards zero: what no such integer is near, NaN and the
-// infinities among it, becomes kNoInteger. From them, rounded to nearest.
-inline constexpr std::int32_t kNoInteger = std::numeric_limits<std::int32_t>::min();
-QVR_INLINE IntegerLanes toIntegers(_vec4 v) noexcept { return {_mm_cvtps_epi32(v.lanes)}; }
+// The whole number nearest to each lane, ties to even, by way of 32-bit integers: what none is
+// near, NaN and the infinities among it, becomes -2^31. Never -0.
+QVR_INLINE _vec4 nearest(_vec4 v) noexcept { return {_mm_cvtepi32_ps(_mm_cvtps_epi32(v.lanes))}; }
+// To such integers, towards zero; and from them, rounded to nearest.
 QVR_INLINE IntegerLanes toIntegersTruncating(_vec4 v) noexcept
 {
     return {_mm_cvttps_epi32(v.lanes)};
@@ -180,8 +187,6 @@ template <int lane> QVR_INLINE std::size_t lowByte(IntegerLanes v) noexcept
 QVR_INLINE _vec4 estimatedReciprocal(_vec4 v) noexcept { return {_mm_rcp_ps(v.lanes)}; }
 QVR_INLINE _vec4 estimatedReciprocalRoot(_vec4 v) noexcept { return {_mm_rsqrt_ps(v.lanes)}; }
 
-// One lane.
-
 // v in lane 0 and anything in the others. g++ would clear those by way of an integer register.
 QVR_INLINE __m128 inLane0(float v) noexcept
 {
@@ -193,6 +198,13 @@ QVR_INLINE __m128 inLane0(float v) noexcept
     return lanes;
 #endif
 }
+QVR_INLINE float estimatedReciprocalRoot(float v) noexcept
+{
+    return _mm_cvtss_f32(_mm_rsqrt_ss(inLane0(v)));
+}
+
+// One lane.
+
 QVR_INLINE __m128d inLane0(double v) noexcept
 {
 #ifdef __clang__
@@ -219,11 +231,6 @@ QVR_INLINE double squareRoot(double v) noexcept
     __m128d const lanes = inLane0(v);
     return _mm_cvtsd_f64(_mm_sqrt_sd(lanes, lanes));
 }
-QVR_INLINE float estimatedReciprocalRoot(float v) noexcept
-{
-    return _mm_cvtss_f32(_mm_rsqrt_ss(inLane0(v)));
-}
-
 // -1, +0 or 1; +0 for zeros and NaN. The masks of the comparisons, read as integers, are -1 and 0:
 // no sum of floats, whose zero would have its sign from the rounding mode.
 QVR_INLINE float signum(float v) noexcept
@@ -242,6 +249,7 @@ QVR_INLINE double signum(double v) noexcept
 }
 
 // To a 32-bit integer as above, towards zero.
+inline constexpr std::int32_t kNoInteger = std::numeric_limits<std::int32_t>::min();
 QVR_INLINE std::int32_t toIntTruncating(float v) noexcept { return _mm_cvttss_si32(_mm_set_ss(v)); }
 
 // What is left of v without the whole part, by way of such an integer: +0 for whole numbers.
