@@ -11,6 +11,7 @@ install(TARGETS compute_runtime EXPORT compute_runtime-targets
 install(TARGETS nodusmath EXPORT nodusmath-targets
   LIBRARY DESTINATION ${modules_dir} COMPONENT module
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT devel)
+install(TARGETS nodusmath_rows LIBRARY DESTINATION ${modules_dir} COMPONENT module)
 install(FILES modules/nodusmath/nodusmath.json DESTINATION ${modules_dir} COMPONENT module)
 # musl's code is in a portable module, and its licence asks to be passed on with it.
 set(musl_notice /usr/share/doc/musl-dev/copyright)

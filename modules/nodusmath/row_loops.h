@@ -87,9 +87,10 @@ struct RowLoop<Result (*)(Parameters...) noexcept> {
     static constexpr std::size_t kInputs = (std::size_t{isInput<Parameters>} + ...);
     static constexpr std::size_t kReferences = (std::size_t{isOutput<Parameters>} + ...);
     static constexpr bool hasWorkspace = kInputs + kReferences < sizeof...(Parameters);
-    // Random numbers and logs: what a row sees depends on its frame, and on the rows before it.
-    static constexpr bool needsFrames =
-        hasWorkspace || (std::is_same_v<Value<Parameters>, String> || ...);
+    static constexpr bool logs = (std::is_same_v<Value<Parameters>, String> || ...);
+    // What a row sees depends on its frame, and on the rows before it.
+    static constexpr bool needsFrames = hasWorkspace || logs;
+    static constexpr nodus::runtime::RowsOfKernel kNeeds{nullptr, needsFrames, logs};
 
     // The number of each parameter's port; the workspace has none.
     static constexpr auto kPorts = [] {
@@ -215,29 +216,28 @@ private:
     }
 };
 
-// Without rows an entry point tells whether it needs frames.
+// Without rows an entry point tells what it needs.
 template <auto function>
-[[gnu::always_inline]] inline void solve(void const* rows, void* workspace,
-                                         void* needsFrames) noexcept
+[[gnu::always_inline]] inline void solve(void const* rows, void* workspace, void* needs) noexcept
 {
     using Loop = RowLoop<decltype(function)>;
     if (rows == nullptr)
-        *static_cast<bool*>(needsFrames) = Loop::needsFrames;
+        *static_cast<nodus::runtime::RowsOfKernel*>(needs) = Loop::kNeeds;
     else
         Loop::template solve<function>(*static_cast<RowsCall const*>(rows), workspace);
 }
 template <auto function>
-[[gnu::always_inline]] inline void solve(void const* rows, void* needsFrames) noexcept
+[[gnu::always_inline]] inline void solve(void const* rows, void* needs) noexcept
 {
-    solve<function>(rows, nullptr, needsFrames);
+    solve<function>(rows, nullptr, needs);
 }
-template <auto function> inline void solveByKernel(void const* rows, void* needsFrames) noexcept
+template <auto function> inline void solveByKernel(void const* rows, void* needs) noexcept
 {
+    using Loop = RowLoop<decltype(function)>;
     if (rows == nullptr)
-        *static_cast<bool*>(needsFrames) = false;
+        *static_cast<nodus::runtime::RowsOfKernel*>(needs) = Loop::kNeeds;
     else
-        RowLoop<decltype(function)>::template callKernel<function>(
-            *static_cast<RowsCall const*>(rows));
+        Loop::template callKernel<function>(*static_cast<RowsCall const*>(rows));
 }
 // From the first row.
 template <auto function>

@@ -64,15 +64,15 @@ void solveGeneratorRows(std::size_t count, RowsOfPort const* ports, std::int32_t
     entry(&call, workspace, nullptr);
 }
 
-bool needsFrames(Entry entry)
+RowsOfKernel needsOf(Entry entry)
 {
-    bool needs = false;
+    RowsOfKernel needs{};
     entry(nullptr, &needs);
     return needs;
 }
-bool needsFrames(void (*entry)(void const*, void*, void*) noexcept)
+RowsOfKernel needsOf(void (*entry)(void const*, void*, void*) noexcept)
 {
-    bool needs = false;
+    RowsOfKernel needs{};
     entry(nullptr, nullptr, &needs);
     return needs;
 }
@@ -80,12 +80,12 @@ bool needsFrames(void (*entry)(void const*, void*, void*) noexcept)
 struct Listed {
     std::string_view name;
     nodus::runtime::SolveRows solve;
-    bool (*needsFrames)();
+    RowsOfKernel (*needs)();
 };
 constexpr Listed kListed[] = {
-#define NODUS_KERNEL(name) {#name, solveRows<&name, k##name>, [] { return needsFrames(&name); }},
+#define NODUS_KERNEL(name) {#name, solveRows<&name, k##name>, [] { return needsOf(&name); }},
 #define NODUS_GENERATOR(name)                                                                      \
-    {#name, solveGeneratorRows<&name, k##name>, [] { return needsFrames(&name); }},
+    {#name, solveGeneratorRows<&name, k##name>, [] { return needsOf(&name); }},
 #include "kernels.def"
 #undef NODUS_KERNEL
 #undef NODUS_GENERATOR
@@ -101,6 +101,6 @@ RowsOfKernel nodusRowsOf(char const* kernel)
     std::string_view const name = kernel;
     for (Listed const& listed : kListed)
         if (listed.name == name && !name.ends_with("_Init") && nodus::runtime::findKernel(name))
-            return {listed.solve, listed.needsFrames()};
-    return {nullptr, false};
+            return {listed.solve, listed.needs().needsFrames, listed.needs().needsServices};
+    return {};
 }

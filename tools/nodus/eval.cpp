@@ -24,6 +24,7 @@ struct EvalOptions {
     std::string graph, frames, shard, data, out = "-", log;
     std::string image, size, map;
     int threads = 0;
+    bool oneByOne = false;
 };
 
 template <typename Work> void gather(host::Diagnostics& diagnostics, Work work)
@@ -72,7 +73,7 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
         faults.throwIfAny();
     }
 
-    host::Plan const plan = host::compile(graph);
+    host::Plan const plan = options.oneByOne ? host::compile(graph) : host::compileRows(graph);
     auto file = host::OutputFile::open(options.image);
     host::renderImage(plan, image, file);
     file.commit();
@@ -117,13 +118,16 @@ int evaluate(EvalOptions const& options, Shared const& shared)
         host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
     diagnostics.throwIfAny();
 
-    host::Plan const plan = host::compile(graph);
-    graph = {};
     if (shard)
         run.frames = host::sliceOf(run.frames ? *run.frames
                                    : table    ? host::framesOfTable(options.data)
                                               : host::FrameRange{},
                                    *shard);
+    // A frame or two are not worth the preparations.
+    bool const isFew = run.frames ? run.frames->count() <= 2 : !table;
+    host::Plan const plan =
+        options.oneByOne || isFew ? host::compile(graph) : host::compileRows(graph);
+    graph = {};
 
     auto results = host::OutputFile::open(options.out);
     auto log = options.log.empty() ? host::OutputFile::onDescriptor(STDERR_FILENO, "standard error")
@@ -195,6 +199,10 @@ Command addEval(CLI::App& app, Shared const& shared)
                      "Without it: as many as there are cores.")
         ->type_name("N")
         ->check(numberFrom(1, 1024));
+    command->add_flag(
+        "--one-by-one", options->oneByOne,
+        "Call the module's kernels one by one instead of its companion's, which take\n"
+        "many frames at once. No result depends on it; it is slower.");
     CLI::Option* const image =
         command
             ->add_option(

@@ -1,6 +1,7 @@
 // The inner loop: moves, then calls, for every node over the frames of a block.
 #include "nodus/host/evaluator.h"
 
+#include "evaluating/row_evaluation.h"
 #include "nodus/String.h"
 #include "nodus/runtime/EvaluationScope.h"
 
@@ -15,8 +16,8 @@ constexpr std::align_val_t kArenaAlignment{64};
 
 // A size that the compiler knows is one or two packed instructions.
 template <std::size_t size>
-void moveBytes(std::byte const* from, std::size_t fromStride, std::byte* to, std::size_t toStride,
-               std::size_t frames)
+void moveBytes(std::byte const* from, std::ptrdiff_t fromStride, std::byte* to,
+               std::ptrdiff_t toStride, std::size_t frames)
 {
     for (std::size_t i = 0; i < frames; ++i) {
         std::memcpy(to, from, size);
@@ -25,22 +26,25 @@ void moveBytes(std::byte const* from, std::size_t fromStride, std::byte* to, std
     }
 }
 
-void moveTexts(std::byte const* from, std::size_t fromStride, std::byte* to, std::size_t toStride,
-               std::size_t frames)
+void moveTexts(std::byte const* from, std::ptrdiff_t fromStride, std::byte* to,
+               std::ptrdiff_t toStride, std::size_t frames)
 {
-    for (std::size_t i = 0; i < frames; ++i)
-        *reinterpret_cast<String*>(to + i * toStride) =
-            *reinterpret_cast<String const*>(from + i * fromStride);
+    for (std::size_t i = 0; i < frames; ++i) {
+        *reinterpret_cast<String*>(to) = *reinterpret_cast<String const*>(from);
+        from += fromStride;
+        to += toStride;
+    }
 }
 
-void move(Move const& move, std::byte* arena, std::size_t frames)
+}  // namespace
+
+void moveRows(TypeId type, std::byte const* from, std::ptrdiff_t fromStride, std::byte* to,
+              std::ptrdiff_t toStride, std::size_t frames)
 {
-    std::byte const* const from = arena + move.from.offset;
-    std::byte* const to = arena + move.to.offset;
     auto const bytes = [&]<std::size_t size>(std::integral_constant<std::size_t, size>) {
-        moveBytes<size>(from, move.from.stride, to, move.to.stride, frames);
+        moveBytes<size>(from, fromStride, to, toStride, frames);
     };
-    switch (move.type) {
+    switch (type) {
     case TypeId::Bool:
     case TypeId::UInt8:
         return bytes(std::integral_constant<std::size_t, 1>{});
@@ -64,14 +68,22 @@ void move(Move const& move, std::byte* arena, std::size_t frames)
     case TypeId::Mat44Float:
         return bytes(std::integral_constant<std::size_t, 64>{});
     case TypeId::String:
-        return moveTexts(from, move.from.stride, to, move.to.stride, frames);
+        return moveTexts(from, fromStride, to, toStride, frames);
     }
 }
+
+namespace {
 
 template <std::size_t size> void clearBytes(std::byte* to, std::size_t stride, std::size_t frames)
 {
     for (std::size_t i = 0; i < frames; ++i)
         std::memset(to + i * stride, 0, size);
+}
+
+// What all rows share is there once.
+std::size_t rowsOf(Plan const& plan, Place place)
+{
+    return place.stride == 0 ? 1 : plan.framesPerBlock;
 }
 
 // A kernel may leave an output as it is; what it was must not depend on the frames before.
@@ -114,7 +126,7 @@ Evaluator::Evaluator(Plan const& plan, runtime::LogService* log)
     m_services.log = log;
     std::memset(m_arena, 0, plan.arenaSize);
     for (Plan::Constant const& constant : plan.constants)
-        for (std::size_t i = 0; i < plan.framesPerBlock; ++i)
+        for (std::size_t i = 0; i < rowsOf(plan, constant.place); ++i)
             std::memcpy(at(constant.place, i), plan.constantBytes.data() + constant.begin,
                         constant.size);
     // The texts are shared within the arena and not between threads, whose counts would collide.
@@ -123,17 +135,19 @@ Evaluator::Evaluator(Plan const& plan, runtime::LogService* log)
     for (std::string const& text : plan.constantTexts)
         shared.emplace_back(std::string(text.data(), text.size()));
     for (Plan::Text const& text : plan.texts)
-        for (std::size_t i = 0; i < plan.framesPerBlock; ++i)
+        for (std::size_t i = 0; i < rowsOf(plan, text.place); ++i)
             if (text.constant)
                 ::new (at(text.place, i)) String(shared[*text.constant]);
             else
                 ::new (at(text.place, i)) String();
+    if (!plan.rowSteps.empty())
+        m_rows = std::make_unique<RowEvaluation>(plan, m_arena);
 }
 
 Evaluator::~Evaluator()
 {
     for (Plan::Text const& text : m_plan.texts)
-        for (std::size_t i = 0; i < m_plan.framesPerBlock; ++i)
+        for (std::size_t i = 0; i < rowsOf(m_plan, text.place); ++i)
             std::destroy_at(reinterpret_cast<String*>(at(text.place, i)));
 }
 
@@ -173,14 +187,33 @@ void Evaluator::evaluate(std::span<std::int32_t const> frames)
         if (source.kind == Source::Kind::frame)
             for (std::size_t i = 0; i < frames.size(); ++i)
                 std::memcpy(at(source.place, i), &frames[i], sizeof frames[i]);
-    for (Step const& step : m_plan.steps) {
-        Move const* const moves = m_plan.moves.data() + step.firstMove;
-        for (std::size_t i = 0; i < step.moveCount; ++i)
-            move(moves[i], m_arena, frames.size());
-        clearOutput(step, m_arena + step.out.offset, frames.size());
-        call(step, frames, scope);
-    }
+    if (m_rows != nullptr)
+        m_rows->evaluate(frames, [&](Step const& step) { callBlock(step, frames, scope); });
+    else
+        for (Step const& step : m_plan.steps)
+            callBlock(step, frames, scope);
     m_isInitialised = true;
+}
+
+void Evaluator::callBlock(Step const& step, std::span<std::int32_t const> frames,
+                          runtime::EvaluationScope& scope)
+{
+    Move const* const moves = m_plan.moves.data() + step.firstMove;
+    for (std::size_t i = 0; i < step.moveCount; ++i)
+        moveRows(moves[i].type, at(moves[i].from, 0), moves[i].from.stride, at(moves[i].to, 0),
+                 moves[i].to.stride, frames.size());
+    clearOutput(step, m_arena + step.out.offset, frames.size());
+    call(step, frames, scope);
+}
+
+bool Evaluator::bindSource(std::size_t k, runtime::RowsOfPort rows)
+{
+    return m_rows != nullptr && m_rows->bindSource(k, rows);
+}
+
+bool Evaluator::bindOutput(std::size_t k, runtime::RowsOfPort rows)
+{
+    return m_rows != nullptr && m_rows->bindOutput(k, rows);
 }
 
 }  // namespace nodus::host

@@ -20,6 +20,9 @@ namespace {
 
 constexpr std::size_t kMostFaults = 20;
 
+// A kernel over rows does about this many rows in the time of one call of a kernel.
+constexpr std::size_t kRowsAreFaster = 8;
+
 // A stretch of frames on its way from the reader to the writer.
 struct Batch {
     // Held by the stage that works on it. The pipeline keeps the stages apart as well, but by means
@@ -59,10 +62,14 @@ public:
         if (options.table != nullptr)
             m_parser.emplace(*options.table, plan);
         // Enough work to make handing over cheap, little enough to bound memory and latency.
-        std::size_t const work = plan.steps.size() + 4 * plan.outputs.size() + 4;
+        std::size_t const work =
+            plan.steps.size() + plan.rowSteps.size() / kRowsAreFaster + 4 * plan.outputs.size() + 4;
         std::size_t const byWork = std::size_t{256 * 1024} / work;
         std::size_t const bySize = std::size_t{512 * 1024} / m_writer.typicalLine();
         m_batchFrames = std::clamp(std::min(byWork, bySize), std::size_t{1}, std::size_t{2048});
+        // Whole blocks, where there is more than one.
+        if (m_batchFrames > plan.framesPerBlock)
+            m_batchFrames -= m_batchFrames % plan.framesPerBlock;
     }
 
     // Whatever the workers wrote is seen by who destroys it.

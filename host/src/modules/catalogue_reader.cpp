@@ -101,6 +101,7 @@ void CatalogueReader::readNodeType(JsonValue const& json, Family& family, std::s
     type.name = std::move(name);
     type.suffix = suffix;
     type.family = &family;
+    type.module = &m_module;
     type.inputExtent = readPorts(json, "inputs", type, type.inputs);
     type.outputExtent = readPorts(json, "outputs", type, type.outputs);
     type.workspaceExtent = readPorts(json, "workspace", type, type.workspace);

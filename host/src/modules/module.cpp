@@ -19,6 +19,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kLibrarySuffix[] = ".so";
+
 std::string moduleName(std::string const& path)
 {
     std::string const stem = fs::path(path).stem().string();
@@ -36,7 +38,8 @@ void callHook(void* library, std::string const& name)
 }  // namespace
 
 Module::Module(std::string const& path)
-    : m_path(path), m_name(moduleName(path)), m_library(nullptr, &close)
+    : m_path(path), m_name(moduleName(path)), m_library(nullptr, &close),
+      m_rowsLibrary(nullptr, &close)
 {
     if (::access(path.c_str(), R_OK) != 0)
         throw Fault("cannot load module " + path + ": " + systemError(errno));
@@ -86,6 +89,25 @@ Module::~Module()
 void const* Module::symbol(std::string const& name) const
 {
     return ::dlsym(m_library.get(), name.c_str());
+}
+
+runtime::RowsOfKernel Module::rowsOf(std::string const& kernel) const
+{
+    std::call_once(m_rowsAreLoaded, [&] {
+        fs::path const path =
+            fs::absolute(m_path).parent_path() / ("lib" + m_name + "_rows" + kLibrarySuffix);
+        if (!fs::exists(path))
+            return;
+        m_rowsLibrary.reset(::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL));
+        if (!m_rowsLibrary) {
+            char const* const why = ::dlerror();
+            throw Fault("cannot load " + path.string() + ": " + (why != nullptr ? why : "unknown") +
+                        "; nodus eval --one-by-one does without it");
+        }
+        m_findRows =
+            reinterpret_cast<runtime::FindRows>(::dlsym(m_rowsLibrary.get(), "nodusRowsOf"));
+    });
+    return m_findRows != nullptr ? m_findRows(kernel.c_str()) : runtime::RowsOfKernel{};
 }
 
 std::string Module::cataloguePath() const

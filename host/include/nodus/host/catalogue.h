@@ -47,6 +47,7 @@ struct NodeType {
     std::string name;    // "Add_Float3"
     std::string suffix;  // "Float3"; empty when the family has no types
     Family const* family;
+    Module const* module;
     std::vector<Port> inputs, outputs;
     std::size_t inputExtent, outputExtent;  // where the last port ends
     std::vector<Port> workspace;            // empty for most

@@ -12,6 +12,8 @@
 
 namespace nodus::host {
 
+class RowEvaluation;
+
 // For one thread at a time. The plan and the log service outlive it.
 class Evaluator {
 public:
@@ -36,6 +38,12 @@ public:
 
     Plan const& plan() const { return m_plan; }
 
+    // In a plan for rows: from now on source or output number k is read and written where the
+    // caller has it, one value after the other at first + i * stride, aligned as the type is; its
+    // place is not used. False when the plan does not allow it: then nothing has changed.
+    bool bindSource(std::size_t k, runtime::RowsOfPort rows);
+    bool bindOutput(std::size_t k, runtime::RowsOfPort rows);
+
 private:
     struct Free {
         void operator()(std::byte* arena) const;
@@ -44,10 +52,14 @@ private:
     void call(Step const& step, std::span<std::int32_t const> frames,
               runtime::EvaluationScope& scope);
 
+    void callBlock(Step const& step, std::span<std::int32_t const> frames,
+                   runtime::EvaluationScope& scope);
+
     Plan const& m_plan;
     std::unique_ptr<std::byte, Free> m_memory;
     std::byte* m_arena;
     runtime::LocalServiceTable m_services;
+    std::unique_ptr<RowEvaluation> m_rows;  // of a plan for rows
     bool m_isInitialised = false;
 };
 

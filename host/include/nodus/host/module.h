@@ -1,8 +1,11 @@
 // Loading modules of node kernels.
 #pragma once
 
+#include "nodus/runtime/Rows.h"
+
 #include <cstddef>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,11 +42,18 @@ public:
     std::vector<Kernel> const& kernels() const { return m_kernels; }
     // What the loader finds under that name, or null.
     void const* symbol(std::string const& name) const;
+    // The kernel over rows, from the library libNAME_rows.so beside the module; without one, or
+    // where it has none of that name, one without solve. The first question loads it, from
+    // any thread. Throws Fault when it is there and cannot be loaded.
+    runtime::RowsOfKernel rowsOf(std::string const& kernel) const;
 
 private:
     std::string m_path, m_name;
     std::unique_ptr<void, int (*)(void*)> m_library;
     std::vector<Kernel> m_kernels;
+    mutable std::once_flag m_rowsAreLoaded;
+    mutable std::unique_ptr<void, int (*)(void*)> m_rowsLibrary;
+    mutable runtime::FindRows m_findRows = nullptr;
 };
 
 }  // namespace nodus::host

@@ -8,6 +8,7 @@
 #pragma once
 
 #include "nodus/host/graph.h"
+#include "nodus/runtime/Rows.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -40,6 +41,16 @@ struct Step {
     std::uint32_t firstMove, moveCount;
 };
 
+// A kernel over all rows of a block. Each of its ports has a place of its own: rows lie side by
+// side there, or where another node's output or a source has them, or all are one (stride 0).
+struct RowStep {
+    runtime::SolveRows solve;  // null: the kernel has no rows, steps[step] is called row by row
+    bool needsFrames, clearsOutputs;
+    std::uint32_t step;
+    std::uint32_t firstMove, moveCount;  // for inputs that are put together from several sources
+    std::uint32_t firstPort, inputCount, outputCount;  // in ports: the inputs, then the outputs
+};
+
 // Values that the caller writes before each block of frames.
 struct PlanSource {
     Source::Kind kind;  // never node
@@ -67,6 +78,10 @@ struct Plan {
     };
 
     std::vector<Step> steps;
+    // A plan for rows goes by these instead. The first onceCount are for what no row changes.
+    std::vector<RowStep> rowSteps;
+    std::vector<Place> ports;
+    std::size_t onceCount = 0;
     std::vector<Move> moves;
     std::vector<PlanSource> sources;
     std::vector<PlanOutput> outputs;
@@ -83,5 +98,13 @@ struct Plan {
 // catalogue, not to the graph; it is immutable, and any number of evaluators on any threads may
 // share it.
 Plan compile(Graph const& graph, std::size_t framesPerBlock = 0);
+
+// The same for many frames, or pixels, by the kernels over rows that the modules' companions have;
+// what depends on neither frame nor source is evaluated once, and what no output and no log needs
+// is left out. The results are those of compile, bit for bit. framesPerBlock 0: as many as keep
+// what is read and written in the first-level cache; else a multiple of 16. Where there are no
+// kernels over rows at all it is what compile returns. Throws Fault, also when a module's companion
+// cannot be loaded.
+Plan compileRows(Graph const& graph, std::size_t framesPerBlock = 0);
 
 }  // namespace nodus::host

@@ -22,7 +22,9 @@ using SolveRows = void (*)(std::size_t count, RowsOfPort const* ports, std::int3
 
 struct RowsOfKernel {
     SolveRows solve;   // null when there is none, or the module is not loaded
-    bool needsFrames;  // or services: it is evaluated row by row, each at its frame
+    bool needsFrames;  // it is evaluated row by row, each at its frame
+    bool
+        needsServices;  // it logs: it is called for every row, and also when nobody reads its ports
 };
 
 // The exported function: "nodusRowsOf", called with a kernel's name ("NodusAdd_Float_Solve"). A

@@ -1,0 +1,177 @@
+// Blocks of rows shared out over threads; each reads and writes the caller's arrays where it can.
+#include "nodus/host/arrays.h"
+
+#include "nodus/host/diagnostics.h"
+#include "nodus/host/evaluator.h"
+#include "row_evaluation.h"
+
+#include <tbb/blocked_range.h>
+#include <tbb/enumerable_thread_specific.h>
+#include <tbb/global_control.h>
+#include <tbb/parallel_for.h>
+#include <tbb/task_arena.h>
+
+#include <algorithm>
+#include <limits>
+#include <memory>
+#include <numeric>
+
+namespace nodus::host {
+
+namespace {
+
+using runtime::RowsOfPort;
+
+// An array for a source or an output of the plan.
+struct Use {
+    std::size_t place;  // in plan.sources, or plan.outputs
+    ValueType const* type;
+    RowsOfPort rows;
+
+    RowsOfPort from(std::size_t row) const
+    {
+        return {static_cast<std::byte*>(rows.first) +
+                    static_cast<std::ptrdiff_t>(row) * rows.stride,
+                rows.stride};
+    }
+    bool isAligned() const
+    {
+        auto const alignment = static_cast<std::ptrdiff_t>(type->alignment);
+        return reinterpret_cast<std::uintptr_t>(rows.first) % type->alignment == 0 &&
+               rows.stride % alignment == 0;
+    }
+};
+
+std::string isOfType(std::string const& what, ValueType const& type, TypeId given)
+{
+    return what + " is " + std::string(type.name) + ", its array " +
+           std::string(valueType(given).name);
+}
+
+std::vector<Use> inputUses(Plan const& plan, std::vector<std::string> const& columns,
+                           std::span<InputArray const> arrays, Diagnostics& faults)
+{
+    std::vector<Use> uses;
+    for (std::size_t i = 0; i < plan.sources.size(); ++i) {
+        PlanSource const& source = plan.sources[i];
+        if (source.kind != Source::Kind::column)
+            continue;
+        std::string const what = "column " + inQuotes(columns[source.column]);
+        auto const array = std::ranges::find(arrays, columns[source.column], &InputArray::column);
+        if (array == arrays.end())
+            faults.add(what + " (" + std::string(source.type->name) + ") wants an array");
+        else if (array->type != source.type->id)
+            faults.add(isOfType(what, *source.type, array->type));
+        else
+            uses.push_back({i, source.type, {const_cast<void*>(array->first), array->stride}});
+    }
+    return uses;
+}
+
+std::vector<Use> outputUses(Plan const& plan, std::span<OutputArray const> arrays,
+                            Diagnostics& faults)
+{
+    std::vector<Use> uses;
+    for (OutputArray const& array : arrays) {
+        auto const output = std::ranges::find(plan.outputs, array.output, &PlanOutput::name);
+        std::string const what = "output " + inQuotes(array.output);
+        if (output == plan.outputs.end())
+            faults.add("the graph lists no " + what);
+        else if (output->type->id == TypeId::String)
+            faults.add(what + " is a text, which no array holds");
+        else if (output->type->id != array.type)
+            faults.add(isOfType(what, *output->type, array.type));
+        else
+            uses.push_back({static_cast<std::size_t>(output - plan.outputs.begin()),
+                            output->type,
+                            {array.first, array.stride}});
+    }
+    return uses;
+}
+
+// One thread's evaluator, and which arrays it has to copy.
+class Worker {
+public:
+    Worker(Plan const& plan, std::vector<Use> const& inputs, std::vector<Use> const& outputs)
+        : m_inputs(inputs), m_outputs(outputs), m_evaluator(plan, nullptr),
+          m_frames(plan.framesPerBlock)
+    {
+    }
+
+    void evaluate(std::size_t first, std::size_t rows, std::int32_t frame)
+    {
+        Plan const& plan = m_evaluator.plan();
+        std::span const frames = std::span(m_frames).first(rows);
+        std::iota(frames.begin(), frames.end(), frame);
+        for (Use const& use : m_inputs) {
+            RowsOfPort const array = use.from(first);
+            if (use.isAligned() && m_evaluator.bindSource(use.place, array))
+                continue;
+            Place const to = plan.sources[use.place].place;
+            moveRows(use.type->id, static_cast<std::byte const*>(array.first), array.stride,
+                     m_evaluator.at(to, 0), to.stride, rows);
+        }
+        std::vector<Use const*>& copied = m_copied;
+        copied.clear();
+        for (Use const& use : m_outputs)
+            if (!use.isAligned() || !m_evaluator.bindOutput(use.place, use.from(first)))
+                copied.push_back(&use);
+        m_evaluator.evaluate(frames);
+        for (Use const* const use : copied) {
+            RowsOfPort const array = use->from(first);
+            Place const from = plan.outputs[use->place].place;
+            moveRows(use->type->id, m_evaluator.at(from, 0), from.stride,
+                     static_cast<std::byte*>(array.first), array.stride, rows);
+        }
+    }
+
+private:
+    std::vector<Use> const& m_inputs;
+    std::vector<Use> const& m_outputs;
+    Evaluator m_evaluator;
+    std::vector<std::int32_t> m_frames;
+    std::vector<Use const*> m_copied;
+};
+
+}  // namespace
+
+ArrayEvaluator::ArrayEvaluator(Graph const& graph)
+    : m_plan(compileRows(graph)), m_columns(graph.columns)
+{
+}
+
+void ArrayEvaluator::evaluate(std::size_t rows, std::span<InputArray const> inputs,
+                              std::span<OutputArray const> outputs,
+                              ArrayOptions const& options) const
+{
+    Diagnostics faults;
+    std::vector<Use> const in = inputUses(m_plan, m_columns, inputs, faults);
+    std::vector<Use> const out = outputUses(m_plan, outputs, faults);
+    std::int64_t const framesLeft =
+        std::int64_t{std::numeric_limits<std::int32_t>::max()} - options.firstFrame + 1;
+    if (rows > static_cast<std::uint64_t>(framesLeft))
+        faults.add(std::to_string(rows) + " rows from frame " + std::to_string(options.firstFrame) +
+                   " on are more than there are frames");
+    faults.throwIfAny();
+
+    tbb::enumerable_thread_specific<std::unique_ptr<Worker>> workers(
+        [&] { return std::make_unique<Worker>(m_plan, in, out); });
+    std::size_t const inBlock = m_plan.framesPerBlock;
+    tbb::global_control const limit(tbb::global_control::max_allowed_parallelism, options.threads);
+    tbb::task_arena arena(static_cast<int>(options.threads));
+    arena.execute([&] {
+        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, (rows + inBlock - 1) / inBlock),
+                          [&](tbb::blocked_range<std::size_t> const& blocks) {
+                              for (std::size_t block = blocks.begin(); block < blocks.end();
+                                   ++block) {
+                                  std::size_t const first = block * inBlock;
+                                  workers.local()->evaluate(
+                                      first, std::min(inBlock, rows - first),
+                                      static_cast<std::int32_t>(options.firstFrame +
+                                                                static_cast<std::int64_t>(first)));
+                              }
+                          });
+    });
+}
+
+}  // namespace nodus::host
