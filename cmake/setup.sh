@@ -3,8 +3,8 @@
 # usage: cmake/setup.sh run|test|benchmark
 set -eu
 
-run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libpng-dev"
-test="$run googletest musl-dev qemu-user clang clang-format clang-tidy libclang-rt-14-dev binutils valgrind
+run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libdeflate-dev"
+test="$run googletest libpng-dev musl-dev qemu-user clang clang-format clang-tidy libclang-rt-14-dev binutils valgrind
     pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db parallel openmpi-bin
     python3 python3-selenium chromium chromium-driver"
 benchmark="$run valgrind python3 python3-matplotlib time

@@ -6,6 +6,7 @@
 
 #include <png.h>
 
+#include <cstring>
 #include <vector>
 
 using namespace fixtures;
@@ -20,6 +21,29 @@ struct Picture {
     Pixels pixels;
 };
 
+// The samples of a PNG file, whatever their depth, as they are in it.
+std::vector<unsigned> samplesOf(std::string const& file)
+{
+    png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+    png_infop info = png_create_info_struct(png);
+    std::string_view rest = file;
+    png_set_read_fn(png, &rest, [](png_structp reader, png_bytep to, png_size_t size) {
+        auto& left = *static_cast<std::string_view*>(png_get_io_ptr(reader));
+        left.copy(reinterpret_cast<char*>(to), size);
+        left.remove_prefix(size);
+    });
+    png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
+    std::size_t const bytes = png_get_bit_depth(png, info) / 8u;
+    std::vector<unsigned> samples;
+    for (std::size_t y = 0; y < png_get_image_height(png, info); ++y)
+        for (std::size_t i = 0; i < png_get_rowbytes(png, info); i += bytes) {
+            png_const_bytep const row = png_get_rows(png, info)[y];
+            samples.push_back(bytes == 1 ? row[i] : 256u * row[i] + row[i + 1]);
+        }
+    png_destroy_read_struct(&png, &info, nullptr);
+    return samples;
+}
+
 Picture pictureOf(std::string const& file)
 {
     png_image image{};
@@ -31,12 +55,13 @@ Picture pictureOf(std::string const& file)
     return picture;
 }
 
-std::string fileOf(std::string const& graph, ImageOptions const& options)
+std::string fileOf(std::string const& graph, ImageOptions const& options,
+                   Plan (*compiled)(Graph const&, std::size_t) = &compile)
 {
     TemporaryFolder const folder;
     GraphSurroundings surroundings;
     surroundings.pixels = true;
-    Plan const plan = compile(graphOf(graph, surroundings));
+    Plan const plan = compiled(graphOf(graph, surroundings), 0);
     auto file = OutputFile::open(folder / "picture");
     renderImage(plan, options, file);
     file.commit();
@@ -83,9 +108,41 @@ TEST(Image, NaNIsBlack)
     EXPECT_EQ(pictureOf(fileOf(kNaN, {{2, 1}, {-1, 1}, 0, 1})).pixels, (Pixels{0, 0}));
 }
 
-TEST(Image, BytesDoNotDependOnThreads)
+TEST(Image, SixteenBitsHaveTwoHundredAndFiftySevenTimesTheLevels)
 {
-    std::string const one = fileOf(kRamp, {{131, 67}, {0, 100}, 0, 1});
-    EXPECT_EQ(fileOf(kRamp, {{131, 67}, {0, 100}, 0, 2}), one);
-    EXPECT_EQ(fileOf(kRamp, {{131, 67}, {0, 100}, 0, 7}), one);
+    EXPECT_EQ(samplesOf(fileOf(kRamp, {{3, 2}, {5, 15.6f}, 0, 1, ImageFormat::png, 16})),
+              (std::vector<unsigned>{618, 1855, 3091, 62444, 63680, 64917}));
+}
+
+// Left to right, but the last row first.
+TEST(Image, FloatsAreWrittenAsTheyAre)
+{
+    float const ramp[] = {15.1f, 15.3f, 15.5f, 5.1f, 5.3f, 5.5f};
+    std::string const file = fileOf(kRamp, {{3, 2}, {}, 0, 1, ImageFormat::pfm});
+    ASSERT_TRUE(file.starts_with("Pf\n3 2\n-1.0\n"));
+    ASSERT_EQ(file.size(), 12 + sizeof ramp);
+    for (std::size_t i = 0; i < std::size(ramp); ++i) {
+        float value = 0;
+        std::memcpy(&value, file.data() + 12 + 4 * i, sizeof value);
+        EXPECT_NEAR(value, ramp[i], 1e-6);
+    }
+    constexpr char kColour[] = R"({"nodes": {
+        "c": {"type": "Abs_Float4", "inputs": {"value": [-2, 4, 8, 6]}}}, "outputs": ["c"]})";
+    float const colour[] = {2, 4, 8};
+    EXPECT_EQ(fileOf(kColour, {{1, 1}, {}, 0, 1, ImageFormat::pfm}),
+              "PF\n1 1\n-1.0\n" +
+                  std::string(reinterpret_cast<char const*>(colour), sizeof colour));
+}
+
+TEST(Image, BytesDependNeitherOnThreadsNorOnKernelsOverRows)
+{
+    for (ImageFormat const format : {ImageFormat::png, ImageFormat::pfm}) {
+        ImageOptions options{{2100, 67}, {0, 1000}, 0, 1, format};
+        std::string const one = fileOf(kRamp, options);
+        for (std::size_t const threads : {2u, 7u}) {
+            options.threads = threads;
+            EXPECT_EQ(fileOf(kRamp, options), one);
+            EXPECT_EQ(fileOf(kRamp, options, &compileRows), one);
+        }
+    }
 }

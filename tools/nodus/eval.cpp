@@ -23,7 +23,7 @@ namespace {
 struct EvalOptions {
     std::string graph, frames, shard, data, out = "-", log;
     std::string image, size, map;
-    int threads = 0;
+    int threads = 0, depth = 8;
     bool oneByOne = false;
 };
 
@@ -47,7 +47,15 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
     Environment const environment(shared);
     host::Diagnostics diagnostics;
     host::ImageOptions image{{512, 512}, {}, 0, threadsOf(options)};
-    gather(diagnostics, [&] { pictureFormat(options.image, {"png"}); });
+    image.depth = static_cast<std::size_t>(options.depth);
+    gather(diagnostics, [&] {
+        if (pictureFormat(options.image, {"png", "pfm"}) != "pfm")
+            return;
+        image.format = host::ImageFormat::pfm;
+        if (!options.map.empty() || options.depth != 8)
+            throw host::Fault("a .pfm picture has the values as they are: --map and --depth are "
+                              "for .png");
+    });
     gather(diagnostics, [&] {
         if (!options.size.empty())
             image.size = host::parseImageSize(options.size);
@@ -208,9 +216,10 @@ Command addEval(CLI::App& app, Shared const& shared)
             ->add_option(
                 "--image", options->image,
                 "Evaluate the graph once for each pixel, and write its one output, a Float, a\n"
-                "Color or a Float4, as a picture. It may have pixels as sources, but no columns.\n"
-                "- is standard output.")
-            ->type_name("FILE.png")
+                "Color or a Float4, as a picture: .png, or .pfm with the values as they are (of\n"
+                "four lanes the first three). It may have pixels as sources, but no columns.\n"
+                "- is a PNG on standard output.")
+            ->type_name("FILE")
             ->excludes(data)
             ->excludes(out)
             ->excludes(log)
@@ -225,6 +234,12 @@ Command addEval(CLI::App& app, Shared const& shared)
                      "The values that become black and white. Without it: 0:1.")
         ->type_name("MIN:MAX")
         ->needs(image);
+    command
+        ->add_option("--depth", options->depth,
+                     "The bits of each channel of a .png picture, 8 or 16. Without it: 8.")
+        ->type_name("BITS")
+        ->check(CLI::IsMember({8, 16}))
+        ->needs(image);
     command->footer(
         "The faults of the options and of the graph are told all at once, before anything is\n"
         "evaluated; of those of the table's rows, the first twenty. Then no file is written.\n\n"
@@ -232,7 +247,8 @@ Command addEval(CLI::App& app, Shared const& shared)
         "  nodus eval examples/flipbook.json --frames 0:60:5\n"
         "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl\n"
         "  nodus eval examples/noise.json --frames 0:999 --shard 2/4 --out 2.csv\n"
-        "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024\n\n"
+        "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024\n"
+        "  nodus eval examples/clouds.json --image clouds.pfm\n\n"
         "Exit status:\n"
         "  0  results, log or picture are written\n"
         "  1  the work failed, for want of memory for instance\n"

@@ -24,22 +24,28 @@ struct ValueRange {
 // "MIN:MAX", two different finite numbers; MIN may be the greater one. Throws Fault.
 ValueRange parseValueRange(std::string_view text);
 
+// PNG has unsigned samples, PFM the outputs' own floats.
+enum class ImageFormat { png, pfm };
+
 struct ImageOptions {
     ImageSize size;
     ValueRange map;
     std::int32_t frame = 0;
     std::size_t threads = 1;
+    ImageFormat format = ImageFormat::png;
+    std::size_t depth = 8;  // bits of a PNG picture's sample, 8 or 16
 };
 
 // Why no picture can be made of what the graph lists; empty when one can.
 std::string whyNoPicture(Graph const& graph);
 
-// Writes the plan's one output as a PNG picture of 8 bits a channel: a Float in grey, a Color or
-// Float4 with its fourth lane, which no map touches, as alpha. Values beyond the map's ends are
-// cut, NaN is black. The pixel sources are the pixel's centre, from (0.5, 0.5) in the upper left
-// corner. Nobody hears the logging nodes. The bytes do not depend on the number of threads; the
-// file is left to the caller to commit. Throws Fault when the plan has no such output or the file
-// is refused.
+// Writes the plan's one output as a picture. PNG: a Float in grey, a Color or Float4 with its
+// fourth lane, which no map touches, as alpha; values beyond the map's ends are cut, NaN is black.
+// PFM: the values as they are, of a Color or Float4 the first three lanes; map and depth are of no
+// effect, and memory does not grow with the picture. The pixel sources are the pixel's centre, from
+// (0.5, 0.5) in the upper left corner. Nobody hears the logging nodes. The bytes do not depend on
+// the number of threads; the file is left to the caller to commit. Throws Fault when the plan has
+// no such output or the file is refused.
 void renderImage(Plan const& plan, ImageOptions const& options, OutputFile& file);
 
 }  // namespace nodus::host
