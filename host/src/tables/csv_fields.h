@@ -2,6 +2,7 @@
 // it copies every field.
 #pragma once
 
+#include <charconv>
 #include <string>
 #include <string_view>
 
@@ -50,6 +51,19 @@ public:
         if (comma != m_end && *comma == '"')
             return next(scratch);
         m_next = comma == m_end ? nullptr : comma + 1;
+        return true;
+    }
+
+    // The next field, when it is a plain number: nothing else stands in it, and the type has it.
+    // Otherwise nothing changes.
+    template <typename Real> bool nextNumber(Real& value)
+    {
+        if (m_next == nullptr)
+            return false;
+        auto const [end, error] = std::from_chars(m_next, m_end, value);
+        if (error != std::errc{} || (end != m_end && *end != ','))
+            return false;
+        m_next = end == m_end ? nullptr : end + 1;
         return true;
     }
 

@@ -5,7 +5,6 @@
 #include "nodus/host/literals.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
 namespace nodus::host {
@@ -13,15 +12,19 @@ namespace nodus::host {
 namespace {
 
 // The common case without a detour; everything else is looked at again with more patience.
-template <typename Real> bool readPlainNumber(std::string_view field, std::byte* to)
+template <typename Real> bool readPlain(FieldWalk& walk, std::byte* to)
 {
     Real value;
-    char const* const last = field.data() + field.size();
-    auto const [end, error] = std::from_chars(field.data(), last, value);
-    if (error != std::errc{} || end != last)
+    if (!walk.nextNumber(value))
         return false;
     std::memcpy(to, &value, sizeof value);
     return true;
+}
+
+bool readPlainNumber(FieldWalk& walk, TypeId type, std::byte* to)
+{
+    return (type == TypeId::Float && readPlain<float>(walk, to)) ||
+           (type == TypeId::Double && readPlain<double>(walk, to));
 }
 
 }  // namespace
@@ -47,6 +50,11 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
                 break;
             continue;
         }
+        bool const isOnly = target + 1 == m_targets.end() || target[1].column != column;
+        if (isOnly && readPlainNumber(walk, target->type->id, evaluator.at(target->place, i))) {
+            ++target;
+            continue;
+        }
         if (!walk.next(scratch))
             break;
         for (; target != m_targets.end() && target->column == column; ++target)
@@ -66,13 +74,8 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
 void TableParser::store(std::string_view field, Target const& target, std::uint64_t line,
                         std::byte* to, Diagnostics& diagnostics) const
 {
-    TypeId const type = target.type->id;
-    if (type == TypeId::Float && readPlainNumber<float>(field, to))
-        return;
-    if (type == TypeId::Double && readPlainNumber<double>(field, to))
-        return;
     std::string wrong;
-    if (type == TypeId::Bool) {
+    if (target.type->id == TypeId::Bool) {
         bool const isTrue = field == "true" || field == "1";
         if (!isTrue && field != "false" && field != "0")
             wrong = "'" + std::string(field.substr(0, 40)) + "' is not true, false, 1 or 0";

@@ -1,11 +1,14 @@
 // A growing stretch of text that is filled, written and filled again without giving memory back.
 #pragma once
 
+#include "nodus/host/shortest.h"
+
 #include <charconv>
 #include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <type_traits>
 
 namespace nodus::host {
 
@@ -39,11 +42,14 @@ public:
     }
     void appendUnchecked(char c) { m_text[m_size++] = c; }
 
-    // The shortest digits that read back as the same number; 32 characters are enough for any.
+    // An integer, or the shortest digits that read back as the same finite number.
     template <typename Number> void appendNumberUnchecked(Number number)
     {
         char* const from = m_text.get() + m_size;
-        m_size += static_cast<std::size_t>(std::to_chars(from, from + 32, number).ptr - from);
+        if constexpr (std::is_floating_point_v<Number>)
+            m_size += static_cast<std::size_t>(writeShortest(from, number) - from);
+        else
+            m_size += static_cast<std::size_t>(std::to_chars(from, from + 32, number).ptr - from);
     }
     template <typename Number> void appendNumber(Number number)
     {
