@@ -1,5 +1,6 @@
 # What is installed where, by components: runtime (the runtime library), module (the kernels and their
-# catalogue), devel (headers, CMake packages, pkg-config files), tools (the command and its manual).
+# catalogue), devel (headers, CMake packages, pkg-config files), qvr (the transform library, for whoever
+# wants nothing else), tools (the command and its manual).
 # The installed tree finds its parts by relative paths and works wherever it is moved.
 include(CMakePackageConfigHelpers)
 
@@ -12,6 +13,18 @@ install(TARGETS nodusmath EXPORT nodusmath-targets
   LIBRARY DESTINATION ${modules_dir} COMPONENT module
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT devel)
 install(TARGETS nodusmath_rows LIBRARY DESTINATION ${modules_dir} COMPONENT module)
+install(TARGETS qvr EXPORT qvr-targets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT qvr
+  FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT qvr)
+# Programs that know the transform library's headers as the module's find them.
+get_target_property(qvr_headers qvr HEADER_SET)
+foreach(header IN LISTS qvr_headers)
+  cmake_path(GET header FILENAME header)
+  file(WRITE ${CMAKE_BINARY_DIR}/packages/nodusmath/qvr/${header}
+    "#pragma once\n#include <qvr/${header}>\n")
+endforeach()
+install(DIRECTORY ${CMAKE_BINARY_DIR}/packages/nodusmath/qvr
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nodusmath COMPONENT devel)
 install(FILES modules/nodusmath/nodusmath.json DESTINATION ${modules_dir} COMPONENT module)
 # musl's code is in a portable module, and its licence asks to be passed on with it.
 set(musl_notice /usr/share/doc/musl-dev/copyright)
@@ -22,12 +35,23 @@ endif()
 install(FILES ${CMAKE_BINARY_DIR}/modules/nodusmath/kernel_list/kernels.def
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/nodusmath COMPONENT devel)
 
-# find_package() and pkg-config know both libraries by the same names.
+# find_package() and pkg-config know the libraries by the same names.
 file(RELATIVE_PATH pc_to_prefix
   ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
-foreach(package compute_runtime nodusmath)
+set(portable_definition "")
+if(NODUSMATH_PORTABLE)
+  set(portable_definition " -DNODUSMATH_PORTABLE")
+endif()
+foreach(package compute_runtime nodusmath qvr)
   set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/${package})
-  install(EXPORT ${package}-targets NAMESPACE nodus:: DESTINATION ${package_dir} COMPONENT devel)
+  set(component devel)
+  set(namespace nodus::)
+  if(package STREQUAL "qvr")
+    set(component qvr)
+    set(namespace qvr::)
+  endif()
+  install(EXPORT ${package}-targets NAMESPACE ${namespace}
+    DESTINATION ${package_dir} COMPONENT ${component})
   configure_package_config_file(
     cmake/${package}-config.cmake.in ${CMAKE_BINARY_DIR}/packages/${package}-config.cmake
     INSTALL_DESTINATION ${package_dir} PATH_VARS modules_dir NO_CHECK_REQUIRED_COMPONENTS_MACRO)
@@ -37,9 +61,9 @@ foreach(package compute_runtime nodusmath)
   install(FILES
     ${CMAKE_BINARY_DIR}/packages/${package}-config.cmake
     ${CMAKE_BINARY_DIR}/packages/${package}-config-version.cmake
-    DESTINATION ${package_dir} COMPONENT devel)
+    DESTINATION ${package_dir} COMPONENT ${component})
   install(FILES ${CMAKE_BINARY_DIR}/packages/${package}.pc
-    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT devel)
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${component})
 endforeach()
 
 if(NOT TARGET nodus)

@@ -3,7 +3,7 @@ set(CPACK_GENERATOR TGZ DEB)
 set(CPACK_PACKAGE_VENDOR "nodusmath authors")
 set(CPACK_PACKAGE_CONTACT "nodusmath authors <maintainers@nodusmath.example>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
-set(CPACK_COMPONENTS_ALL runtime module devel)
+set(CPACK_COMPONENTS_ALL runtime module devel qvr)
 if(TARGET nodus)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
@@ -46,11 +46,17 @@ debian_package(module libnodusmath libs
     "vectors, rotations, transforms, seeded random values, gradient noise, logging;"
     "with the catalogue that describes every node to an editor or a script.")
 debian_package(devel libnodusmath-dev libdevel
-  DEPENDS libcompute-runtime libnodusmath
+  DEPENDS libcompute-runtime libnodusmath libqvr-dev
   DESCRIPTION
     "math node kernels for nodus hosts - development files"
     "Headers, CMake packages and pkg-config files to build a host of the module or"
     "a module of one's own.")
+debian_package(qvr libqvr-dev libdevel
+  DESCRIPTION
+    "rotations, real roots and eigenvalues - development files"
+    "A small library for animation: quaternions, angles in thirteen orders, real"
+    "roots of polynomials up to the fourth degree, eigenvalues and eigenvectors of"
+    "symmetric 3x3 matrices; with the same bits on every machine.")
 debian_package(tools nodus-tools utils
   DEPENDS libcompute-runtime libnodusmath
   DESCRIPTION

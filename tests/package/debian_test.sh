@@ -10,7 +10,7 @@ version=$2
 cd "$build"
 quietly "cpack makes no packages" cpack -G DEB -B "$scratch/packages"
 cd "$scratch/packages"
-packages="libcompute-runtime libnodusmath libnodusmath-dev"
+packages="libcompute-runtime libqvr-dev libnodusmath libnodusmath-dev"
 [ "${3:-}" != with-tools ] || packages="$packages nodus-tools"
 for package in $packages; do
     file=$(echo "${package}_${version}"_*.deb)
@@ -19,6 +19,7 @@ for package in $packages; do
     depends=$(dpkg-deb -f "$file" Depends)
     case $package in
     libcompute-runtime) wanted="libstdc++6" ;;
+    libqvr-dev) wanted="" ;;
     *) wanted="libcompute-runtime (= $version)" ;;
     esac
     case $depends in
