@@ -1,6 +1,7 @@
 // The distance from a rotation to one in the box has its minimum inside, at 0, or where some of the
-// angles are at ends of their ranges and it is least in those that are not, or where the angles do
-// not move the rotation every way, at a quarter turn of the middle one. All these places are tried.
+// angles are at ends of their ranges and it is least in those that are not. All these places are
+// tried. Where angles do not move the rotation every way, at a quarter turn of the middle one,
+// there is no minimum of its own: that is the middle of a polar grid.
 #include "qvr/angle_box.h"
 
 #include "qvr/circular.h"
@@ -25,26 +26,19 @@ HalfAngle halfOf(double angle) noexcept
     return {angle, sine, cosine};
 }
 
-// The values at which an angle stands still: the ends of its range, and where the rotation cannot
-// be moved every way, if that is within.
+// The values at which an angle stands still: the ends of its range.
 struct Stops {
-    HalfAngle values[4];
+    HalfAngle values[2];
     int count = 0;
 
-    Stops(Range const& range, bool hasPoles, double pole, double turns) noexcept
+    Stops(Range const& range, double turns) noexcept
     {
-        if (!isWhole(range, turns)) {
-            add(range.lowest);
-            if (range.highest > range.lowest)
-                add(range.highest);
-        }
-        for (double angle : {pole, -pole})
-            if (hasPoles && bringInto(range, angle, turns) && range.highest > range.lowest)
-                add(angle);
+        if (isWhole(range, turns))
+            return;
+        values[count++] = halfOf(range.lowest);
+        if (range.highest > range.lowest)
+            values[count++] = halfOf(range.highest);
     }
-
-private:
-    void add(double angle) noexcept { values[count++] = halfOf(angle); }
 };
 
 // The angle brought into the range, or as near to it as whole periods bring it.
@@ -118,8 +112,8 @@ public:
         double const k = lanes[m_axes.third];
         double const terms[2][2][2] = {{{q.w, k}, {j, -e * i}}, {{i, e * j}, {-e * k, e * q.w}}};
         int const axes[] = {m_axes.first, m_axes.second, m_axes.third};
-        Stops const first = stopsOf(axes[0], false), second = stopsOf(axes[1], true);
-        Stops const third = stopsOf(axes[2], false);
+        Stops const first(box.ranges[axes[0]], 1), second(box.ranges[axes[1]], 1);
+        Stops const third(box.ranges[axes[2]], 1);
         // -1 is an angle that may move; one whose range is a point may not.
         for (int a = beginOf(axes[0]); a < first.count; ++a)
             for (int b = beginOf(axes[1]); b < second.count; ++b)
@@ -131,10 +125,6 @@ public:
     }
 
 private:
-    Stops stopsOf(int axis, bool isMiddle) const noexcept
-    {
-        return Stops(m_box.ranges[axis], isMiddle, kPiDouble / 2, 1);
-    }
     int beginOf(int axis) const noexcept
     {
         Range const& range = m_box.ranges[axis];
@@ -231,7 +221,7 @@ public:
         : m_box(box), m_q(q), m_best(best)
     {
         Range const &ofX = box.ranges[0], &ofY = box.ranges[1], &ofZ = box.ranges[2];
-        Stops const x(ofX, false, 0, 1), y(ofY, true, kPiDouble, 2), z(ofZ, true, kPiDouble, 2);
+        Stops const x(ofX, 1), y(ofY, 2), z(ofZ, 2);
         bool const mayMove[] = {ofX.highest > ofX.lowest, ofY.highest > ofY.lowest,
                                 ofZ.highest > ofZ.lowest};
         for (int i = mayMove[0] ? -1 : 0; i < x.count; ++i) {
