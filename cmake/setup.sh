@@ -8,7 +8,7 @@ test="$run googletest libpng-dev libmpfr-dev musl-dev qemu-user clang clang-form
     libclang-rt-14-dev binutils valgrind pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db
     parallel openmpi-bin python3 python3-selenium chromium chromium-driver"
 benchmark="$run valgrind python3 python3-matplotlib time
-    libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libstb-dev"
+    libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libmpfr-dev libstb-dev"
 
 case "${1:-}" in
 run) wanted=$run ;;
