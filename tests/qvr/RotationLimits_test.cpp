@@ -225,7 +225,10 @@ TEST(RotationLimits, Edges)
     EXPECT_TRUE((TwistSwingLimits{turn}).isInside(q));
     EXPECT_EQ((AngleLimits{13, {}, {}, {}}).nearest(q).w, 1);
     // Ends farther away than angles mean anything are no ends.
-    EXPECT_TRUE((TwistSwingLimits{{0x1p20, 0x1p21}, 4, 4}).isInside(q));
+    Range const far{0x1p20, 0x1p21};
+    EXPECT_TRUE((TwistSwingLimits{far, 4, 4}).isInside(q));
+    EXPECT_LT(angleBetween((TwistSwingLimits{far, 4, 4}).soften(q, 0.5), q), 1e-14);
+    EXPECT_LT(angleBetween((AngleLimits{0, far, {}, far}).soften(q, 0.5), q), 1e-14);
 
     // A cone without width is a hinge about the other axis.
     TwistSwingLimits const hinge{{}, 1, 0};

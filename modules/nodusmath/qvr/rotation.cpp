@@ -1,3 +1,6 @@
+// Quaternions and angle triples. With half angles, the quaternion of three rotations about
+// coordinate axes is a sum of products of sines and cosines; what belongs to order 12 stands beside
+// it.
 #include "qvr/rotation.h"
 
 #include "qvr/circular.h"

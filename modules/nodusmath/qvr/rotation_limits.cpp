@@ -1,3 +1,5 @@
+// Limits of joints: those of angles by the search in angle_box.h, twist and swing by one along the
+// edge of the cone.
 #include "qvr/rotation_limits.h"
 
 #include "qvr/angle_box.h"
@@ -107,9 +109,10 @@ Quatd AngleLimits::soften(Quatd const& q, double softness) const noexcept
     Quatd const unit = unitOf(q);
     if (!isNumber(unit) || isEmpty(*this))
         return kNowhere;
-    Eulerd const angles = anglesNear(order, unit, {middleOf(x), middleOf(y), middleOf(z)});
-    return rotationOf(order, {softened(angles.x, x, softness), softened(angles.y, y, softness),
-                              softened(angles.z, z, softness)});
+    auto const [ofX, ofY, ofZ] = boxOf(*this).ranges;
+    Eulerd const angles = anglesNear(order, unit, {middleOf(ofX), middleOf(ofY), middleOf(ofZ)});
+    return rotationOf(order, {softened(angles.x, ofX, softness), softened(angles.y, ofY, softness),
+                              softened(angles.z, ofZ, softness)});
 }
 
 namespace {
@@ -313,8 +316,9 @@ Quatd TwistSwingLimits::soften(Quatd const& q, double softness) const noexcept
     Cone const cone(*this);
     Parts parts(unit);
     cone.flatten(parts.y, parts.z);
-    double const angle = wrappedNear(parts.twist(), middleOf(twist));
-    double const slowTwist = softened(angle, twist, softness);
+    Range const usable = angleBox::withUsableEnds(twist);
+    double const angle = wrappedNear(parts.twist(), middleOf(usable));
+    double const slowTwist = softened(angle, usable, softness);
     double const sine = squareRoot(parts.y * parts.y + parts.z * parts.z);
     if (sine == 0)
         return together(slowTwist, 0, 0, 1);

@@ -1,3 +1,4 @@
+// Rotation spaces: what locked angles leave is a box whose ranges are points or everything.
 #include "qvr/rotation_space.h"
 
 #include "qvr/angle_box.h"
