@@ -47,12 +47,6 @@ std::string chainOf(int nodes, std::string const& first = "1")
     return text + "}, \"outputs\": [\"n" + std::to_string(nodes - 1) + "\"]}";
 }
 
-std::string graphWith(std::string const& input)
-{
-    return R"({"nodes": {"v": {"type": "Add_Float", "inputs": {"a": )" + input +
-           R"(}}}, "outputs": ["v"]})";
-}
-
 void expectBounded(Finished const& run, long megabytes)
 {
     if (kScale == 1) {
@@ -75,52 +69,57 @@ TEST(Faults, InputsOfEveryKindAreResultsOrOneClearLine)
     TemporaryFolder const folder;
     std::string const good = folder.write("good.json", kColumns);
     constexpr int kMany = 100000 / kScale;
-    // Texts are made one by one: a child's peak of memory begins with that of its parent.
+    std::string const last = "n" + std::to_string(kMany - 1);
+    std::string const input = R"({"nodes": {"v": {"type": "Add_Float", "inputs": {"a": )";
+    std::string const inputEnd = R"(}}}, "outputs": ["v"]})";
+    // A text is made when it is needed: a child's peak of memory begins with that of its parent.
     struct Row {
         char const* why;
-        std::string (*text)();  // a table when it begins with x, else a graph
-        char const* told;       // in the message; empty for a result
+        std::string begin, repeated;  // a table when it begins with x, else a graph
+        int count;
+        std::string end;
+        char const* told;  // in the message; empty for a result
         long megabytes = 64;
     } const rows[] = {
-        {"many nodes", [] { return chainOf(kMany); }, "", 256},
-        {"an array of a million", [] { return graphWith("[" + repeated("1,", 1000000) + "1]"); },
+        {"an array of a million", input + "[", "1,", 1000000, "1]" + inputEnd,
          "not an array of 1000001", 512},
-        {"a circle of many nodes",
-         [] { return chainOf(kMany, "{\"from\": \"n" + std::to_string(kMany - 1) + "\"}"); },
-         "-> 'n7' -> ... (", 256},
-        {"deep nesting", [] { return repeated("[", 100000); }, "nested deeper than 64"},
-        {"a huge number", [] { return graphWith(repeated("9", 1000000)); },
-         "is beyond every type of number"},
-        {"digits without end", [] { return graphWith("0." + repeated("3", 1000000)); }, ""},
-        {"a huge word", [] { return graphWith(repeated("x", kHuge)); }, "g.json:1: column", 128},
-        {"a huge text", [] { return graphWith("\"" + repeated("x", kHuge) + "\""); },
-         "not the text", 128},
-        {"a huge name",
-         [] { return R"({"nodes": {")" + repeated("n", kHuge) + R"(": {"type": "Add"}}})"; },
+        {"deep nesting", "", "[", 100000, "", "nested deeper than 64"},
+        {"65 levels", "", "[", 65, "", "nested deeper than 64"},
+        {"64 levels", "", "[", 64, "", "g.json:1: column 64"},
+        {"a huge number", input, "9", 1000000, inputEnd, "is beyond every type of number"},
+        {"digits without end", input + "0.", "3", 1000000, inputEnd, ""},
+        {"a huge word", input, "x", kHuge, inputEnd, "g.json:1: column", 128},
+        {"a huge text", input + "\"", "x", kHuge, "\"" + inputEnd, "not the text", 128},
+        {"a huge name", R"({"nodes": {")", "n", kHuge, R"(": {"type": "Add"}}})",
          "unknown node type", 128},
-        {"invalid UTF-8", [] { return graphWith("\"\xC3\x28\xFF\""); }, "ill-formed UTF-8"},
+        {"invalid UTF-8", input + "\"", "\xC3\x28\xFF", 1, "\"" + inputEnd, "ill-formed UTF-8"},
 
-        {"many rows", [] { return "x,y\n" + repeated("1.5,-2\n", 10 * kMany); }, ""},
-        {"a huge field", [] { return "x,y\n1," + repeated("9", kHuge) + "x\n"; }, "is not a number",
-         96},
-        {"a row without end", [] { return "x,y\n1," + repeated("1", 7 * kHuge); },
-         "the line is too long", 256},
-        {"a quote without end", [] { return "x,y\n1,\"" + repeated("2\n", 1000); }, "does not end"},
-        {"many columns", [] { return "x,y" + repeated(",z", 100000) + "\n"; },
-         "have the same name 'z'", 128},
-        {"a header in no UTF-8", [] { return std::string("x\xFF,y\n1,2\n"); }, "no column 'x'"},
-        {"a NUL", [] { return std::string("x,y\n1,2\0 \n", 10); }, "is not a number"},
-        {"cut off within a row", [] { return std::string("x,y\n1,2\n3"); },
-         "t.csv:3: 1 field, the header has 2"},
-        {"no end of the last line", [] { return std::string("x,y\n1,2\n3,4"); }, ""},
+        {"many rows", "x,y\n", "1.5,-2\n", 10 * kMany, "", ""},
+        {"a huge field", "x,y\n1,", "9", kHuge, "x\n", "is not a number", 96},
+        {"a row without end", "x,y\n1,", "1", 7 * kHuge, "", "the line is too long", 256},
+        {"a quote without end", "x,y\n1,\"", "2\n", 1000, "", "does not end"},
+        {"many columns", "x,y", ",z", 100000, "\n", "have the same name 'z'", 128},
+        {"a header in no UTF-8", "x\xFF,y\n1,2\n", "", 0, "", "no column 'x'"},
+        {"a NUL", "x,y\n1,2", std::string(1, '\0'), 1, " \n", "is not a number"},
+        {"cut off within a row", "x,y\n1,2\n3", "", 0, "", "t.csv:3: 1 field, the header has 2"},
+        {"no end of the last line", "x,y\n1,2\n3,4", "", 0, "", ""},
+
+        {"many nodes", chainOf(kMany), "", 0, "", "", 256},
+        {"a circle of many nodes", chainOf(kMany, "{\"from\": \"" + last + "\"}"), "", 0, "",
+         "-> 'n7' -> ... (", 256},
     };
     for (Row const& row : rows) {
         SCOPED_TRACE(row.why);
         std::vector<std::string> arguments = {"eval", good, "--out", folder / "out.csv"};
-        if (std::string const text = row.text(); text.starts_with('x'))
-            arguments.insert(arguments.end(), {"--data", folder.write("t.csv", text)});
-        else
-            arguments[1] = folder.write("g.json", text);
+        {
+            std::string const text = row.begin + repeated(row.repeated, row.count) + row.end;
+            bool const isTable = text.starts_with('x');
+            std::string const file = folder.write(isTable ? "t.csv" : "g.json", text);
+            if (isTable)
+                arguments.insert(arguments.end(), {"--data", file});
+            else
+                arguments[1] = file;
+        }
         Finished const run = nodus(arguments);
         EXPECT_EQ(run.signal, 0);
         bool const isResult = *row.told == '\0';
