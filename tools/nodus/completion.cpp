@@ -23,7 +23,7 @@ Kind kindOf(CLI::Option const& option)
         return Kind::port;
     if (name == "COMMAND")
         return Kind::command;
-    for (char const* const file : {"FILE", "FILE.png", "GRAPH", "MODULE", "TABLE.csv"})
+    for (char const* const file : {"FILE", "GRAPH", "MODULE", "TABLE", "TABLE.csv"})
         if (name == file)
             return Kind::file;
     return Kind::other;

@@ -184,16 +184,16 @@ Command addEval(CLI::App& app, Shared const& shared)
         command
             ->add_option(
                 "--data", options->data,
-                "The table with the graph's columns: frame N reads row N, counted from 0.\n"
-                "- is standard input.")
-            ->type_name("TABLE.csv");
+                "The table with the graph's columns, a .csv file or a structured array of NumPy\n"
+                "(.npy): frame N reads row N, counted from 0. - is CSV on standard input.")
+            ->type_name("TABLE");
     CLI::Option* const out =
         command
-            ->add_option(
-                "--out", options->out,
-                "Where the results go: a .csv file, or a .jsonl file with an object for each\n"
-                "frame. It appears whole or not at all.\n"
-                "Without it, or with -: CSV on standard output.")
+            ->add_option("--out", options->out,
+                         "Where the results go: a .csv file, a .jsonl file with an object for each "
+                         "frame, or\n"
+                         "an .npy file for NumPy. It appears whole or not at all.\n"
+                         "Without it, or with -: CSV on standard output.")
             ->type_name("FILE");
     CLI::Option* const log =
         command
@@ -216,9 +216,9 @@ Command addEval(CLI::App& app, Shared const& shared)
             ->add_option(
                 "--image", options->image,
                 "Evaluate the graph once for each pixel, and write its one output, a Float, a\n"
-                "Color or a Float4, as a picture: .png, or .pfm with the values as they are (of\n"
-                "four lanes the first three). It may have pixels as sources, but no columns.\n"
-                "- is a PNG on standard output.")
+                "Color or a Float4, as a picture. A .png file; or .pfm, with the values as they\n"
+                "are (of four lanes the first three). It may have pixels as sources, but no\n"
+                "columns. - is a PNG on standard output.")
             ->type_name("FILE")
             ->excludes(data)
             ->excludes(out)
@@ -238,7 +238,7 @@ Command addEval(CLI::App& app, Shared const& shared)
         ->add_option("--depth", options->depth,
                      "The bits of each channel of a .png picture, 8 or 16. Without it: 8.")
         ->type_name("BITS")
-        ->check(CLI::IsMember({8, 16}))
+        ->check(CLI::IsMember({8, 16}).description(""))
         ->needs(image);
     command->footer(
         "The faults of the options and of the graph are told all at once, before anything is\n"

@@ -84,6 +84,10 @@ public:
     {
         if (m_options.table != nullptr && m_options.frames && m_options.frames->first < 0)
             throw Fault(outsideTable(m_options.frames->first));
+        bool const isArray = m_options.format == ResultFormat::npy;
+        if (isArray && !m_options.results->mayRewrite())
+            throw Fault(m_options.results->name() +
+                        ": wants a file, since the number of rows is written when all are");
         m_options.results->write(m_writer.header());
         tbb::global_control const limit(tbb::global_control::max_allowed_parallelism,
                                         m_options.threads);
@@ -104,6 +108,8 @@ public:
         });
         std::scoped_lock const writer(m_writerTurn);
         m_faults.throwIfAny();
+        if (isArray)
+            m_options.results->rewrite(0, m_writer.header(m_done));
         return m_done;
     }
 

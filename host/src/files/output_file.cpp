@@ -187,6 +187,20 @@ void OutputFile::writeThrough(std::string_view text)
     }
 }
 
+void OutputFile::rewrite(std::size_t offset, std::string_view text)
+{
+    flush();
+    while (!text.empty()) {
+        ssize_t const written =
+            ::pwrite(m_descriptor, text.data(), text.size(), static_cast<off_t>(offset));
+        if (written < 0 && errno != EINTR)
+            fail(errno);
+        std::size_t const done = written < 0 ? 0 : static_cast<std::size_t>(written);
+        offset += done;
+        text.remove_prefix(done);
+    }
+}
+
 void OutputFile::commit()
 {
     flush();

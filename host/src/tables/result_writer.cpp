@@ -4,9 +4,11 @@
 #include "nodus/String.h"
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/input_file.h"
+#include "npy_header.h"
 
 #include <cmath>
 #include <filesystem>
+#include <limits>
 
 namespace nodus::host {
 
@@ -19,6 +21,20 @@ template <typename T> T load(std::byte const* from)
     return value;
 }
 
+// Every NaN is the same one: its sign says nothing and may differ between equal results.
+template <typename Real> void appendBits(std::byte const* from, TextBuffer& to)
+{
+    Real value = load<Real>(from);
+    if (std::isnan(value))
+        value = std::numeric_limits<Real>::quiet_NaN();
+    to.appendUnchecked({reinterpret_cast<char const*>(&value), sizeof value});
+}
+
+std::string laneName(PlanOutput const& output, std::string_view lane)
+{
+    return output.name + (lane.empty() ? "" : ".") + std::string(lane);
+}
+
 }  // namespace
 
 ResultFormat resultFormatOf(std::string const& path)
@@ -28,7 +44,9 @@ ResultFormat resultFormatOf(std::string const& path)
         return ResultFormat::csv;
     if (extension == ".jsonl")
         return ResultFormat::jsonLines;
-    throw Fault(path + ": results are written as .csv or .jsonl");
+    if (extension == ".npy")
+        return ResultFormat::npy;
+    throw Fault(path + ": results are written as .csv, .jsonl or .npy");
 }
 
 std::string csvField(std::string_view text)
@@ -100,17 +118,32 @@ ResultWriter::ResultWriter(Plan const& plan, ResultFormat format) : m_format(for
         m_fixedSize += cell.before.size() + 32;
 }
 
+std::string ResultWriter::header(std::uint64_t rows) const
+{
+    if (m_format != ResultFormat::npy)
+        return m_header;
+    std::vector<NpyColumn> columns{{"frame", TypeId::Int32}};
+    for (Cell const& cell : m_cells)
+        columns.push_back({cell.name, cell.type});
+    return npyHeader(columns, rows);
+}
+
 void ResultWriter::addCells(PlanOutput const& output)
 {
     ValueType const& type = *output.type;
     bool const isTqs = type.id == TypeId::TQS;
     for (std::size_t lane = 0; lane < type.laneNames.size(); ++lane) {
         std::string_view const name = type.laneNames[lane];
-        Cell cell{output.place, type.lane, ""};
+        Cell cell{output.place, type.lane, "", ""};
         cell.place.offset += static_cast<std::uint32_t>(lane * type.laneSize);
         if (m_format == ResultFormat::csv) {
-            m_header += "," + csvField(output.name + (name.empty() ? "" : ".") + std::string(name));
+            m_header += "," + csvField(laneName(output, name));
             cell.before = ",";
+        } else if (m_format == ResultFormat::npy) {
+            if (type.id == TypeId::String)
+                throw Fault("output '" + output.name +
+                            "' is a text, for which an .npy file has no room");
+            cell.name = laneName(output, name);
         } else if (lane == 0) {
             cell.before = m_end + "," + jsonText(output.name) + ":";
             cell.before += isTqs ? "{\"t\":[" : type.isScalar() ? "" : "[";
@@ -145,6 +178,8 @@ void ResultWriter::append(Evaluator const& evaluator, std::size_t i, std::int32_
                           TextBuffer& to) const
 {
     to.reserve(m_fixedSize);
+    if (m_format == ResultFormat::npy)
+        return appendRecord(evaluator, i, frame, to);
     to.appendUnchecked(m_start);
     to.appendNumberUnchecked(frame);
     for (Cell const& cell : m_cells) {
@@ -179,6 +214,23 @@ void ResultWriter::append(Evaluator const& evaluator, std::size_t i, std::int32_
         }
     }
     to.appendUnchecked(m_end);
+}
+
+void ResultWriter::appendRecord(Evaluator const& evaluator, std::size_t i, std::int32_t frame,
+                                TextBuffer& to) const
+{
+    to.appendUnchecked({reinterpret_cast<char const*>(&frame), sizeof frame});
+    for (Cell const& cell : m_cells) {
+        std::byte const* const from = evaluator.at(cell.place, i);
+        if (cell.type == TypeId::Float)
+            appendBits<float>(from, to);
+        else if (cell.type == TypeId::Double)
+            appendBits<double>(from, to);
+        else if (cell.type == TypeId::Bool)
+            to.appendUnchecked(load<std::uint8_t>(from) != 0 ? '\1' : '\0');
+        else
+            to.appendUnchecked({reinterpret_cast<char const*>(from), valueType(cell.type).size});
+    }
 }
 
 }  // namespace nodus::host

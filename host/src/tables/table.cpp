@@ -5,17 +5,37 @@
 #include <unordered_map>
 
 #include "csv_fields.h"
+#include "npy_records.h"
 
 namespace nodus::host {
 
-TableReader::TableReader(std::string const& path) : m_lines(path, LineEnds::outsideQuotes)
+TableReader::TableReader(std::string const& path) : m_name(inputName(path))
 {
+    if (std::filesystem::path(path).extension() == ".npy") {
+        m_records = std::make_unique<NpyRecords>(path);
+        for (NpyField const& field : *fields())
+            m_columns.push_back(field.name);
+        return;
+    }
+    m_lines.emplace(path, LineEnds::outsideQuotes);
     readHeader();
+}
+
+TableReader::~TableReader() = default;
+
+std::vector<NpyField> const* TableReader::fields() const
+{
+    return m_records != nullptr ? &m_records->header().fields : nullptr;
+}
+
+double TableReader::fractionRead() const
+{
+    return m_records != nullptr ? m_records->fractionRead() : m_lines->fractionRead();
 }
 
 void TableReader::readHeader()
 {
-    m_lines.skipByteOrderMark();
+    m_lines->skipByteOrderMark();
     auto const line = nextLine();
     if (!line || line->text.empty())
         throw Fault(name() + ":1: wants a header line with the names of the columns");
@@ -37,7 +57,7 @@ void TableReader::readHeader()
 // A line may end in CR LF.
 std::optional<LineReader::Line> TableReader::nextLine()
 {
-    auto line = m_lines.next();
+    auto line = m_lines->next();
     if (line && line->text.ends_with('\r'))
         line->text.remove_suffix(1);
     return line;
@@ -70,6 +90,12 @@ std::optional<LineReader::Line> TableReader::nextRow()
 
 bool TableReader::readRow(TableRows& rows)
 {
+    if (m_records != nullptr) {
+        if (!m_records->next(&rows.text))
+            return false;
+        rows.rows.push_back({rows.text.size(), m_rowsRead++});
+        return true;
+    }
     auto const line = nextRow();
     if (!line)
         return false;
@@ -81,7 +107,7 @@ bool TableReader::readRow(TableRows& rows)
 
 bool TableReader::skipRow()
 {
-    bool const isThere = nextRow().has_value();
+    bool const isThere = m_records != nullptr ? m_records->next(nullptr) : nextRow().has_value();
     m_rowsRead += isThere ? 1 : 0;
     return isThere;
 }

@@ -3,6 +3,7 @@
 
 #include "csv_fields.h"
 #include "nodus/host/literals.h"
+#include "npy_records.h"
 
 #include <algorithm>
 #include <cstring>
@@ -30,7 +31,7 @@ bool readPlainNumber(FieldWalk& walk, TypeId type, std::byte* to)
 }  // namespace
 
 TableParser::TableParser(TableReader const& reader, Plan const& plan)
-    : m_name(reader.name()), m_columns(reader.columns())
+    : m_name(reader.name()), m_columns(reader.columns()), m_fields(reader.fields())
 {
     for (PlanSource const& source : plan.sources)
         if (source.kind == Source::Kind::column)
@@ -41,6 +42,8 @@ TableParser::TableParser(TableReader const& reader, Plan const& plan)
 void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& evaluator,
                         std::size_t i, Diagnostics& diagnostics) const
 {
+    if (m_fields != nullptr)
+        return parseRecord(row.data(), line, evaluator, i, diagnostics);
     FieldWalk walk(row);
     std::string scratch;
     std::size_t column = 0;
@@ -63,12 +66,28 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
     while (walk.skip(scratch))
         ++column;
     if (walk.isBroken())
-        diagnostics.add(m_name + ":" + std::to_string(line) +
-                        ": a quoted field does not end, or goes on behind its quote");
+        diagnostics.add(where(line) + ": a quoted field does not end, or goes on behind its quote");
     else if (column != m_columns.size())
-        diagnostics.add(m_name + ":" + std::to_string(line) + ": " + std::to_string(column) +
+        diagnostics.add(where(line) + ": " + std::to_string(column) +
                         (column == 1 ? " field" : " fields") + ", the header has " +
                         std::to_string(m_columns.size()));
+}
+
+std::string TableParser::where(std::uint64_t line) const
+{
+    return m_name + (m_fields != nullptr ? ": row " : ":") + std::to_string(line);
+}
+
+void TableParser::parseRecord(char const* record, std::uint64_t row, Evaluator& evaluator,
+                              std::size_t i, Diagnostics& diagnostics) const
+{
+    for (Target const& target : m_targets) {
+        NpyField const& field = (*m_fields)[target.column];
+        std::byte* const to = evaluator.at(target.place, i);
+        // What is wrong with a number is told as of its text.
+        if (!storeNumber(record, field, target.type->id, to))
+            store(numberText(record, field), target, row, to, diagnostics);
+    }
 }
 
 void TableParser::store(std::string_view field, Target const& target, std::uint64_t line,
@@ -86,8 +105,7 @@ void TableParser::store(std::string_view field, Target const& target, std::uint6
         wrong = readNumber(field, *target.type, to);
     }
     if (!wrong.empty())
-        diagnostics.add(m_name + ":" + std::to_string(line) + ": column '" +
-                        m_columns[target.column] + "': " + wrong);
+        diagnostics.add(where(line) + ": column '" + m_columns[target.column] + "': " + wrong);
 }
 
 }  // namespace nodus::host

@@ -37,6 +37,13 @@ public:
     void write(std::string_view text);
     void flush();
 
+    // Whether what was written can be written again: not to a pipe or a device.
+    bool mayRewrite() const { return !m_isDirect; }
+    void rewrite(std::size_t offset, std::string_view text);
+
+    // What messages call it.
+    std::string const& name() const { return m_target; }
+
     // Everything is written, the file stands under its name.
     void commit();
 

@@ -1,4 +1,5 @@
-// Results as text: CSV with a column a lane, or JSON lines with a member a port.
+// Results: CSV with a column a lane, JSON lines with a member a port, or a structured array of
+// NumPy with a field a lane.
 #pragma once
 
 #include "nodus/host/evaluator.h"
@@ -12,18 +13,21 @@
 
 namespace nodus::host {
 
-enum class ResultFormat { csv, jsonLines };
+enum class ResultFormat { csv, jsonLines, npy };
 
-// By the extension of the file, ".csv" or ".jsonl"; CSV for "-". Throws Fault for any other.
+// By the extension of the file: ".csv", ".jsonl" or ".npy"; CSV for "-". Throws Fault for any
+// other.
 ResultFormat resultFormatOf(std::string const& path);
 
 // Immutable; any number of threads may write with it. The plan outlives it.
 class ResultWriter {
 public:
+    // Throws Fault for a text where the format has no room for any.
     ResultWriter(Plan const& plan, ResultFormat format);
 
-    // The line before all others; empty for JSON lines.
-    std::string header() const { return m_header; }
+    // What comes before the lines: nothing for JSON lines; of an array as long for any number of
+    // rows, so that it may be written again when they are known.
+    std::string header(std::uint64_t rows = 0) const;
 
     // Appends the line of frame i of the evaluator's last block.
     void append(Evaluator const& evaluator, std::size_t i, std::int32_t frame,
@@ -37,11 +41,14 @@ private:
         Place place;
         TypeId type;         // of the lane
         std::string before;  // what stands between the lane before and this one
+        std::string name;    // of an array's field
     };
 
     void addCells(PlanOutput const& output);
     void appendText(std::string_view text, TextBuffer& to) const;
     template <typename Real> void appendReal(Real value, TextBuffer& to) const;
+    void appendRecord(Evaluator const& evaluator, std::size_t i, std::int32_t frame,
+                      TextBuffer& to) const;
 
     ResultFormat m_format;
     std::vector<Cell> m_cells;

@@ -1,4 +1,4 @@
-// Tables: CSV files with a header line, read as a stream.
+// Tables, read as a stream: CSV files with a header line, and structured arrays of NumPy (.npy).
 #pragma once
 
 #include "nodus/host/diagnostics.h"
@@ -9,6 +9,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,11 +17,14 @@
 
 namespace nodus::host {
 
+class NpyRecords;
+struct NpyField;
+
 // Rows as they stand in the file, copied out of the reader.
 struct TableRows {
     struct Row {
         std::size_t end;     // in text; it begins where the row before ends
-        std::uint64_t line;  // in the file, counted from 1
+        std::uint64_t line;  // in the file, counted from 1; of an array the row, counted from 0
     };
     TextBuffer text;
     std::vector<Row> rows;
@@ -42,17 +46,21 @@ struct TableRows {
 // not grow with the table. Every fault is thrown as a Fault that names the file, and the line.
 class TableReader {
 public:
-    // Opens the file and reads the header: at least one column, no two of one name.
+    // Opens the file and reads the header: at least one column, no two of one name. A path that
+    // ends in ".npy" is an array with a field for each column.
     // path: "-" for standard input.
     explicit TableReader(std::string const& path);
+    ~TableReader();
 
     // What messages call the file.
-    std::string const& name() const { return m_lines.name(); }
+    std::string const& name() const { return m_name; }
+    // Of an array, whose rows are records; null for others.
+    std::vector<NpyField> const* fields() const;
     std::vector<std::string> const& columns() const { return m_columns; }
     std::uint64_t rowsRead() const { return m_rowsRead; }
 
     // How much of the file has been read, 0 to 1; 0 when it has no size to tell.
-    double fractionRead() const { return m_lines.fractionRead(); }
+    double fractionRead() const;
 
     // Adds the next row; false when there is none.
     bool readRow(TableRows& rows);
@@ -64,7 +72,9 @@ private:
     std::optional<LineReader::Line> nextRow();
     void readHeader();
 
-    LineReader m_lines;
+    std::string m_name;
+    std::optional<LineReader> m_lines;
+    std::unique_ptr<NpyRecords> m_records;  // in place of the lines
     std::vector<std::string> m_columns;
     std::uint64_t m_rowsRead = 0;
     // Blank lines are rows only when a row follows.
@@ -80,6 +90,7 @@ FrameRange framesOfTable(std::string const& path);
 // Takes the fields that a plan asks for out of rows. Immutable; for any number of threads.
 class TableParser {
 public:
+    // The reader outlives it.
     TableParser(TableReader const& reader, Plan const& plan);
 
     // Writes the values of a row to their places for frame i of the evaluator's next block. Adds a
@@ -97,9 +108,15 @@ private:
     void store(std::string_view field, Target const& target, std::uint64_t line, std::byte* to,
                Diagnostics& diagnostics) const;
 
+    void parseRecord(char const* record, std::uint64_t row, Evaluator& evaluator, std::size_t i,
+                     Diagnostics& diagnostics) const;
+    // "t.csv:12", "t.npy: row 11".
+    std::string where(std::uint64_t line) const;
+
     std::string m_name;
     std::vector<std::string> m_columns;
     std::vector<Target> m_targets;  // by column
+    std::vector<NpyField> const* m_fields;
 };
 
 }  // namespace nodus::host
