@@ -6,6 +6,7 @@
 #include "nodus/runtime/EvaluationScope.h"
 
 #include <cstring>
+#include <functional>
 #include <new>
 
 namespace nodus::host {
@@ -36,10 +37,9 @@ void moveTexts(std::byte const* from, std::ptrdiff_t fromStride, std::byte* to,
     }
 }
 
-}  // namespace
-
-void moveRows(TypeId type, std::byte const* from, std::ptrdiff_t fromStride, std::byte* to,
-              std::ptrdiff_t toStride, std::size_t frames)
+[[gnu::always_inline]] inline void moveValues(TypeId type, std::byte const* from,
+                                              std::ptrdiff_t fromStride, std::byte* to,
+                                              std::ptrdiff_t toStride, std::size_t frames)
 {
     auto const bytes = [&]<std::size_t size>(std::integral_constant<std::size_t, size>) {
         moveBytes<size>(from, fromStride, to, toStride, frames);
@@ -71,8 +71,6 @@ void moveRows(TypeId type, std::byte const* from, std::ptrdiff_t fromStride, std
         return moveTexts(from, fromStride, to, toStride, frames);
     }
 }
-
-namespace {
 
 template <std::size_t size> void clearBytes(std::byte* to, std::size_t stride, std::size_t frames)
 {
@@ -113,6 +111,12 @@ void clearOutput(Step const& step, std::byte* to, std::size_t frames)
 
 }  // namespace
 
+void moveRows(TypeId type, std::byte const* from, std::ptrdiff_t fromStride, std::byte* to,
+              std::ptrdiff_t toStride, std::size_t frames)
+{
+    moveValues(type, from, fromStride, to, toStride, frames);
+}
+
 void Evaluator::Free::operator()(std::byte* arena) const
 {
     ::operator delete(arena, kArenaAlignment);
@@ -151,8 +155,10 @@ Evaluator::~Evaluator()
             std::destroy_at(reinterpret_cast<String*>(at(text.place, i)));
 }
 
-void Evaluator::call(Step const& step, std::span<std::int32_t const> frames,
-                     runtime::EvaluationScope& scope)
+// A step is little work: for frames one by one it must not cost a call of its own.
+[[gnu::always_inline]] inline void Evaluator::call(Step const& step,
+                                                   std::span<std::int32_t const> frames,
+                                                   runtime::EvaluationScope& scope)
 {
     std::byte const* in = m_arena + step.in.offset;
     std::byte* out = m_arena + step.out.offset;
@@ -178,6 +184,26 @@ void Evaluator::call(Step const& step, std::span<std::int32_t const> frames,
     }
 }
 
+[[gnu::always_inline]] inline void Evaluator::callBlock(Step const& step,
+                                                        std::span<std::int32_t const> frames,
+                                                        runtime::EvaluationScope& scope)
+{
+    Move const* const moves = m_plan.moves.data() + step.firstMove;
+    for (std::size_t i = 0; i < step.moveCount; ++i)
+        moveValues(moves[i].type, m_arena + moves[i].from.offset, moves[i].from.stride,
+                   m_arena + moves[i].to.offset, moves[i].to.stride, frames.size());
+    clearOutput(step, m_arena + step.out.offset, frames.size());
+    call(step, frames, scope);
+}
+
+// In a function of its own, so that steps for blocks keep what they need in registers.
+[[gnu::noinline]] void Evaluator::evaluateRows(std::span<std::int32_t const> frames,
+                                               runtime::EvaluationScope& scope)
+{
+    auto const call = [&](Step const& step) { callBlock(step, frames, scope); };
+    m_rows->evaluate(frames, std::ref(call));
+}
+
 void Evaluator::evaluate(std::span<std::int32_t const> frames)
 {
     if (frames.empty())
@@ -188,22 +214,11 @@ void Evaluator::evaluate(std::span<std::int32_t const> frames)
             for (std::size_t i = 0; i < frames.size(); ++i)
                 std::memcpy(at(source.place, i), &frames[i], sizeof frames[i]);
     if (m_rows != nullptr)
-        m_rows->evaluate(frames, [&](Step const& step) { callBlock(step, frames, scope); });
+        evaluateRows(frames, scope);
     else
         for (Step const& step : m_plan.steps)
             callBlock(step, frames, scope);
     m_isInitialised = true;
-}
-
-void Evaluator::callBlock(Step const& step, std::span<std::int32_t const> frames,
-                          runtime::EvaluationScope& scope)
-{
-    Move const* const moves = m_plan.moves.data() + step.firstMove;
-    for (std::size_t i = 0; i < step.moveCount; ++i)
-        moveRows(moves[i].type, at(moves[i].from, 0), moves[i].from.stride, at(moves[i].to, 0),
-                 moves[i].to.stride, frames.size());
-    clearOutput(step, m_arena + step.out.offset, frames.size());
-    call(step, frames, scope);
 }
 
 bool Evaluator::bindSource(std::size_t k, runtime::RowsOfPort rows)

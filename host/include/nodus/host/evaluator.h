@@ -49,11 +49,11 @@ private:
         void operator()(std::byte* arena) const;
     };
 
-    void call(Step const& step, std::span<std::int32_t const> frames,
-              runtime::EvaluationScope& scope);
-
     void callBlock(Step const& step, std::span<std::int32_t const> frames,
                    runtime::EvaluationScope& scope);
+    void evaluateRows(std::span<std::int32_t const> frames, runtime::EvaluationScope& scope);
+    void call(Step const& step, std::span<std::int32_t const> frames,
+              runtime::EvaluationScope& scope);
 
     Plan const& m_plan;
     std::unique_ptr<std::byte, Free> m_memory;
