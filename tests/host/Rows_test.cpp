@@ -181,6 +181,22 @@ TEST(RowPlan, EvaluatesNoMoreThanIsNeeded)
     EXPECT_NE(outputOf(3), outputOf(4));
 }
 
+TEST(RowPlan, FaultsOfTheTableDoNotDependOnWhoNeedsIt)
+{
+    GraphSurroundings surroundings{"t.csv"};
+    std::vector<std::string> const columns{"x", "n"};
+    surroundings.columns = &columns;
+    Graph const graph = graphOf(R"({"nodes": {
+        "unused": {"type": "Add_Int32", "inputs": {"a": {"column": "n"}}},
+        "used":   {"type": "Add_Float", "inputs": {"a": {"column": "x"}}}}, "outputs": ["used"]})",
+                                surroundings);
+    for (Plan const& plan : {compile(graph), compileRows(graph)})
+        EXPECT_NE(faultsOf([&] {
+                      resultsOf(plan, "x,n\n1,1.5\n", 1);
+                  }).find("t.csv:2: column 'n': '1.5' is not a whole number\n"),
+                  std::string::npos);
+}
+
 TEST(Arrays, AreReadAndWrittenWhereverTheyLie)
 {
     constexpr std::size_t kRows = 5000;

@@ -2,6 +2,7 @@
 //
 // A column has one value a row, side by side. Columns that are read no more give their place to
 // later ones, so that few are hot; sources, texts and what the graph lists keep theirs.
+#include "columns.h"
 #include "nodus/host/plan.h"
 
 #include <algorithm>
@@ -15,14 +16,7 @@ namespace {
 constexpr std::size_t kBlockAlignment = 16;
 constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kMostBytes = UINT32_MAX - kCacheLine;
-constexpr std::size_t kForever = SIZE_MAX;
-
-// Rows of a block. What is read and written should fit the first-level cache, but a call has its
-// price, too: below this many rows the second-level cache is the better place, and only what
-// overflows that makes blocks smaller.
-constexpr std::size_t kFirstLevelAim = std::size_t{24} * 1024;
-constexpr std::size_t kSecondLevelAim = std::size_t{512} * 1024;
-constexpr std::size_t kMostRows = 1024, kGoodRows = 512, kLeastRows = 16;
+constexpr std::size_t kForever = Column::kForever;
 
 std::size_t roundUp(std::size_t size, std::size_t alignment)
 {
@@ -51,6 +45,11 @@ public:
         findNeeded();
         for (std::size_t const node : m_order)
             addColumns(node);
+        // What only unneeded nodes take from the table is held against its type all the same.
+        for (GraphNode const& node : m_graph.nodes)
+            for (Feed const& feed : node.feeds)
+                if (feed.source.kind == Source::Kind::column)
+                    refOf(feed);
         for (GraphOutput const& output : m_graph.outputs)
             m_columns[refOf(output.node, output.offset).column].lastUse = kForever;
         shareBytes();
@@ -69,13 +68,6 @@ public:
     }
 
 private:
-    // One value a row, or with isOnce one for all.
-    struct Column {
-        std::size_t size;
-        bool isOnce;
-        std::size_t lastUse;     // the step after which it is free, by its number in m_order
-        std::size_t offset = 0;  // in bytes a row until the number of rows is known
-    };
     struct Ref {
         std::size_t column = 0, inner = 0;
     };
@@ -213,59 +205,27 @@ private:
                       port.type->id == TypeId::String ? kForever : node.number);
     }
 
-    // Bytes a row: the place of a column that is read no more goes to the next one of its size.
     void shareBytes()
     {
-        std::unordered_map<std::size_t, std::vector<std::size_t>> free;
-        std::vector<bool> isPlaced(m_columns.size()), isFree(m_columns.size());
-        auto const place = [&](std::size_t index) {
-            Column& column = m_columns[index];
-            if (column.isOnce || isPlaced[index])
-                return;
-            isPlaced[index] = true;
-            auto& same = free[roundUp(column.size, 4)];
-            if (column.lastUse != kForever && !same.empty()) {
-                column.offset = same.back();
-                same.pop_back();
-                return;
-            }
-            column.offset = m_bytesPerRow;
-            m_bytesPerRow += roundUp(column.size, 4);
-        };
-        auto const release = [&](std::size_t index, std::size_t number) {
-            Column const& column = m_columns[index];
-            if (column.isOnce || column.lastUse != number || isFree[index])
-                return;
-            isFree[index] = true;
-            free[roundUp(column.size, 4)].push_back(column.offset);
-        };
+        SharedBytes bytes(m_columns);
         for (std::size_t const index : m_order) {
             Node const& node = m_nodes[index];
             for (Ref const& input : node.inputs)
-                place(input.column);
+                bytes.place(input.column);
             std::size_t const outputs = type(index).outputs.size();
             for (std::size_t i = 0; i < outputs && node.rows.solve != nullptr; ++i)
-                place(node.firstOutput + i);
+                bytes.place(node.firstOutput + i);
             for (Ref const& input : node.inputs)
-                release(input.column, node.number);
+                bytes.release(input.column, node.number);
             for (Feed const& feed : m_graph.nodes[index].feeds)
-                release(refOf(feed).column, node.number);
+                bytes.release(refOf(feed).column, node.number);
             for (std::size_t i = 0; i < outputs && node.rows.solve != nullptr; ++i)
-                release(node.firstOutput + i, node.number);
+                bytes.release(node.firstOutput + i, node.number);
         }
         // Blocks, and sources that only they read.
         for (std::size_t index = 0; index < m_columns.size(); ++index)
-            place(index);
-    }
-
-    static std::size_t rowsFor(std::size_t bytesPerRow)
-    {
-        std::size_t rows = kMostRows;
-        while (rows > kGoodRows && rows * bytesPerRow > kFirstLevelAim)
-            rows /= 2;
-        while (rows > kLeastRows && rows * bytesPerRow > kSecondLevelAim)
-            rows /= 2;
-        return rows;
+            bytes.place(index);
+        m_bytesPerRow = bytes.bytesPerRow();
     }
 
     void placeColumns()

@@ -14,6 +14,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -56,6 +57,12 @@ std::uint32_t levelOf(float value, ValueRange map, float most)
     float const cut = level > 0.0f ? (level < 1.0f ? level : 1.0f) : 0.0f;
     // To the nearest, halves up: in Double the sum is exact.
     return static_cast<std::uint32_t>(static_cast<std::int32_t>(double{cut * most} + 0.5));
+}
+
+// Every NaN is the same one: its sign says nothing and may differ between equal results.
+float unified(float value)
+{
+    return std::isnan(value) ? std::numeric_limits<float>::quiet_NaN() : value;
 }
 
 // The samples of one channel of some pixels, each so many channels behind the one before.
@@ -197,7 +204,7 @@ void renderPfm(Renderer& renderer, ImageOptions const& options, OutputFile& file
                             float* to = band.data() + (end - 1 - y) * rowSize + x * channels;
                             for (std::size_t i = 0; i < pixels; ++i)
                                 for (std::size_t channel = 0; channel < channels; ++channel)
-                                    *to++ = lanes[i * stride + channel];
+                                    *to++ = unified(lanes[i * stride + channel]);
                         });
         file.write({reinterpret_cast<char const*>(band.data()), count * rowSize * sizeof(float)});
         end -= count;
