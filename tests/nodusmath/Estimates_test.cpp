@@ -4,6 +4,8 @@
 
 #include "support/kernel_call.h"
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 
 using nodus::test::bits;
