@@ -1,8 +1,8 @@
 // Reading graphs: their nodes, what they list, and the paths that lead to an output.
 #include "nodus/host/graph.h"
 
-#include "graph_reader.h"
 #include "files/members.h"
+#include "graph_reader.h"
 
 #include "nodus/host/input_file.h"
 

@@ -1,5 +1,5 @@
-// Taking a CSV row apart. By hand: libcsv, which keeps the same rules, takes three times as long, since
-// it copies every field.
+// Taking a CSV row apart. By hand: libcsv, which keeps the same rules, takes three times as long,
+// since it copies every field.
 #pragma once
 
 #include <charconv>
