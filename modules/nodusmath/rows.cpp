@@ -100,7 +100,10 @@ RowsOfKernel nodusRowsOf(char const* kernel)
 {
     std::string_view const name = kernel;
     for (Listed const& listed : kListed)
-        if (listed.name == name && !name.ends_with("_Init") && nodus::runtime::findKernel(name))
-            return {listed.solve, listed.needs().needsFrames, listed.needs().needsServices};
+        if (listed.name == name && !name.ends_with("_Init") && nodus::runtime::findKernel(name)) {
+            RowsOfKernel found = listed.needs();
+            found.solve = listed.solve;
+            return found;
+        }
     return {};
 }

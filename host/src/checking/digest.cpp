@@ -2,6 +2,7 @@
 #include "nodus/host/digest.h"
 
 #include "digest_inputs.h"
+#include "modules/load.h"
 
 #include "nodus/runtime/EvaluationScope.h"
 
@@ -50,8 +51,7 @@ private:
 
 template <typename T> void addNumber(Fnv1a& digest, std::byte const* at)
 {
-    T value;
-    std::memcpy(&value, at, sizeof value);
+    T value = load<T>(at);
     if (std::isnan(value))
         value = std::numeric_limits<T>::quiet_NaN();
     digest.add(&value, sizeof value);

@@ -1,32 +1,26 @@
 // The exception flags of the processor beside the values of a call.
 #include "exceptions.h"
 
+#include "modules/load.h"
+
 #include <xmmintrin.h>
 
 #include <cmath>
-#include <cstring>
 
 namespace nodus::host {
 
 namespace {
-
-template <typename T> T valueAt(std::byte const* at)
-{
-    T value;
-    std::memcpy(&value, at, sizeof value);
-    return value;
-}
 
 // Of a lane that is no number, 0.
 double numberAt(std::byte const* lane, TypeId type)
 {
     switch (type) {
     case TypeId::Float:
-        return valueAt<float>(lane);
+        return load<float>(lane);
     case TypeId::Double:
-        return valueAt<double>(lane);
+        return load<double>(lane);
     case TypeId::Int32:
-        return valueAt<std::int32_t>(lane);
+        return load<std::int32_t>(lane);
     default:
         return 0;
     }

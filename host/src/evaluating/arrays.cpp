@@ -111,13 +111,12 @@ public:
             moveRows(use.type->id, static_cast<std::byte const*>(array.first), array.stride,
                      m_evaluator.at(to, 0), to.stride, rows);
         }
-        std::vector<Use const*>& copied = m_copied;
-        copied.clear();
+        m_copied.clear();
         for (Use const& use : m_outputs)
             if (!use.isAligned() || !m_evaluator.bindOutput(use.place, use.from(first)))
-                copied.push_back(&use);
+                m_copied.push_back(&use);
         m_evaluator.evaluate(frames);
-        for (Use const* const use : copied) {
+        for (Use const* const use : m_copied) {
             RowsOfPort const array = use->from(first);
             Place const from = plan.outputs[use->place].place;
             moveRows(use->type->id, m_evaluator.at(from, 0), from.stride,

@@ -1,6 +1,8 @@
 // Laying out the arena and turning nodes and feeds into steps and moves.
 #include "nodus/host/plan.h"
 
+#include "plan_texts.h"
+
 #include <algorithm>
 
 namespace nodus::host {
@@ -216,18 +218,9 @@ private:
         m_plan.constantBytes.insert(m_plan.constantBytes.end(), node.constants.begin(),
                                     node.constants.end());
         m_plan.constants.push_back({in, begin, node.constants.size()});
-        for (Port const& port : node.type->inputs) {
-            if (port.type->id != TypeId::String)
-                continue;
-            Plan::Text text{within(in, port.offset), {}};
-            auto const known =
-                std::ranges::find(node.texts, port.offset, [](auto const& t) { return t.first; });
-            if (known != node.texts.end()) {
-                text.constant = m_plan.constantTexts.size();
-                m_plan.constantTexts.push_back(known->second);
-            }
-            m_plan.texts.push_back(text);
-        }
+        for (Port const& port : node.type->inputs)
+            if (port.type->id == TypeId::String)
+                addText(m_plan, node, port, within(in, port.offset));
     }
 
     Graph const& m_graph;

@@ -4,6 +4,7 @@
 // later ones, so that few are hot; sources, texts and what the graph lists keep theirs.
 #include "columns.h"
 #include "nodus/host/plan.h"
+#include "plan_texts.h"
 
 #include <algorithm>
 #include <cstring>
@@ -267,18 +268,6 @@ private:
         m_plan.constantBytes.insert(m_plan.constantBytes.end(), bytes, bytes + size);
     }
 
-    void addText(GraphNode const& node, Port const& port, Place place)
-    {
-        Plan::Text text{place, {}};
-        auto const known =
-            std::ranges::find(node.texts, port.offset, [](auto const& t) { return t.first; });
-        if (known != node.texts.end()) {
-            text.constant = m_plan.constantTexts.size();
-            m_plan.constantTexts.push_back(known->second);
-        }
-        m_plan.texts.push_back(text);
-    }
-
     void addMove(Feed const& feed, Place to)
     {
         m_plan.moves.push_back({placeOf(refOf(feed)), to, feed.type->id});
@@ -333,7 +322,7 @@ private:
             addMove(feed, {place.offset + inner, place.stride});
         }
         if (port.type->id == TypeId::String)
-            addText(node, port, place);
+            addText(m_plan, node, port, place);
         else if (fed != port.type->size)
             addConstant(place, node.constants.data() + port.offset, port.type->size);
     }
@@ -356,7 +345,8 @@ private:
         addConstant(step.in, graphNode.constants.data(), graphNode.constants.size());
         for (Port const& port : nodeType.inputs)
             if (port.type->id == TypeId::String)
-                addText(graphNode, port, {narrow(step.in.offset + port.offset), step.in.stride});
+                addText(m_plan, graphNode, port,
+                        {narrow(step.in.offset + port.offset), step.in.stride});
         step.outExtent = narrow(nodeType.outputExtent);
         for (Port const& port : nodeType.outputs)
             if (port.type->id == TypeId::String) {

@@ -1,6 +1,7 @@
 // Formatting results. What a line is made of is settled beforehand, lane by lane.
 #include "nodus/host/result_writer.h"
 
+#include "modules/load.h"
 #include "nodus/String.h"
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/input_file.h"
@@ -13,13 +14,6 @@
 namespace nodus::host {
 
 namespace {
-
-template <typename T> T load(std::byte const* from)
-{
-    T value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
 
 // Every NaN is the same one: its sign says nothing and may differ between equal results.
 template <typename Real> void appendBits(std::byte const* from, TextBuffer& to)
