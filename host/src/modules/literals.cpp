@@ -2,12 +2,14 @@
 #include "nodus/host/literals.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/shortest.h"
 
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <type_traits>
 
 namespace nodus::host {
 
@@ -177,7 +179,10 @@ std::string valueText(ValueType const& type, std::byte const* bytes, std::string
 {
     auto const number = [&]<typename T>(T value) {
         char digits[32];
-        return std::string(digits, std::to_chars(digits, std::end(digits), value).ptr);
+        if constexpr (std::is_floating_point_v<T>)
+            return std::string(digits, writeShortest(digits, value));
+        else
+            return std::string(digits, std::to_chars(digits, std::end(digits), value).ptr);
     };
     auto const load = [&]<typename T>(T value, std::size_t offset = 0) {
         std::memcpy(&value, bytes + offset, sizeof value);

@@ -2,6 +2,7 @@
 #include "npy_records.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/shortest.h"
 
 #include <algorithm>
 #include <array>
@@ -137,14 +138,12 @@ std::string numberText(char const* record, NpyField const& field)
 {
     return withNumber(record, field, [](auto number) {
         char digits[32];
-        // A byte is a number, too.
-        auto const wide = [&] {
-            if constexpr (sizeof number == 1)
-                return int{number};
-            else
-                return number;
-        }();
-        return std::string(digits, std::to_chars(digits, std::end(digits), wide).ptr);
+        if constexpr (std::is_floating_point_v<decltype(number)>)
+            return std::string(digits, writeShortest(digits, number));
+        else if constexpr (sizeof number == 1)  // a byte is a number, too
+            return std::string(digits, std::to_chars(digits, std::end(digits), int{number}).ptr);
+        else
+            return std::string(digits, std::to_chars(digits, std::end(digits), number).ptr);
     });
 }
 

@@ -43,6 +43,10 @@ template <typename Real> char* write(char* to, Real value)
         *to++ = '0';
         return to;
     }
+    if (!std::isfinite(value)) {
+        std::memcpy(to, std::isnan(value) ? "nan" : "inf", 3);
+        return to + 3;
+    }
     auto const decimal = fmt::detail::dragonbox::to_decimal(value);
     char digits[24] = {};
     char* const end = std::to_chars(digits, std::end(digits), decimal.significand).ptr;

@@ -42,7 +42,7 @@ public:
     }
     void appendUnchecked(char c) { m_text[m_size++] = c; }
 
-    // An integer, or the shortest digits that read back as the same finite number.
+    // An integer, or the shortest digits that read back as the same number.
     template <typename Number> void appendNumberUnchecked(Number number)
     {
         char* const from = m_text.get() + m_size;
