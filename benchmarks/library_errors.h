@@ -32,10 +32,7 @@ template <typename T> struct LibraryFunction {
     double error;       // in units of the last place, not exceeded
 };
 
-template <typename T> T extended(T x)
-{
-    return static_cast<T>(portable::exp(static_cast<Long>(x)));
-}
+template <typename T> T extended(T x) { return static_cast<T>(portable::extendedExp(x)); }
 template <typename T> T rounded(T x) { return static_cast<T>(std::exp(static_cast<Long>(x))); }
 
 template <typename T>

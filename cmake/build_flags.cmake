@@ -6,6 +6,11 @@ target_compile_options(nodus_build INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
   $<$<BOOL:${NODUSMATH_WERROR}>:-Werror>)
 
+# Where addresses have 32 bits: 64-bit counts of what is in memory become sizes.
+if(EMSCRIPTEN)
+  target_compile_options(nodus_build INTERFACE -Wno-shorten-64-to-32)
+endif()
+
 # GNU unique symbols would keep a library from ever being unloaded.
 target_compile_options(nodus_build INTERFACE $<$<CXX_COMPILER_ID:GNU>:-fno-gnu-unique>)
 

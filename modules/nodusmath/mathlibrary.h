@@ -25,9 +25,17 @@ using std::tan;
 // An extension of the GNU C library and others.
 inline void sincos(float v, float& sine, float& cosine) noexcept { ::sincosf(v, &sine, &cosine); }
 
+// The exponential itself in extended precision.
+inline double extendedExp(double v) noexcept
+{
+    return static_cast<double>(std::exp(static_cast<long double>(v)));
+}
+
 }  // namespace nodusmath::library
 
 #else
+
+#include "extended.h"
 
 #include <bit>
 #include <cstdint>
@@ -37,16 +45,25 @@ namespace nodusmath::library {
 double acos(double) noexcept asm("portable_acos");
 double asin(double) noexcept asm("portable_asin");
 double atan2(double, double) noexcept asm("portable_atan2");
-double ceil(double) noexcept asm("portable_ceil");
 double cos(double) noexcept asm("portable_cos");
 double exp(double) noexcept asm("portable_exp");
-double floor(double) noexcept asm("portable_floor");
 double fmod(double, double) noexcept asm("portable_fmod");
 double log(double) noexcept asm("portable_log");
 double log10(double) noexcept asm("portable_log10");
 double pow(double, double) noexcept asm("portable_pow");
 double sin(double) noexcept asm("portable_sin");
 double tan(double) noexcept asm("portable_tan");
+
+// These hand a signalling NaN on as it is. It is quieted by its bit: of a sum of NaN not every
+// processor keeps the others.
+double wholeAbove(double) noexcept asm("portable_ceil");
+double wholeBelow(double) noexcept asm("portable_floor");
+inline double quieted(double nan) noexcept
+{
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(nan) | 0x0008000000000000u);
+}
+inline double ceil(double v) noexcept { return v == v ? wholeAbove(v) : quieted(v); }
+inline double floor(double v) noexcept { return v == v ? wholeBelow(v) : quieted(v); }
 
 float acos(float) noexcept asm("portable_acosf");
 float asin(float) noexcept asm("portable_asinf");
@@ -65,47 +82,7 @@ inline void sincos(float v, float& sine, float& cosine) noexcept
     sincosPointers(v, &sine, &cosine);
 }
 
-// e^v in extended precision, of which the arithmetic is the same everywhere; the instructions for
-// exponentials are not, and libraries use them. For results that become a double: beyond the range
-// of double it is 0 or infinity. About one unit in the last of 64 places.
-inline long double exp(long double v) noexcept
-{
-    if (!(v < 710.0L))
-        return v * __builtin_infl();  // NaN stays NaN
-    if (v < -746.0L)
-        return 0.0L;
-
-    // v = n ln 2 + r with |r| at most ln 2 / 2. The first part of ln 2 has 42 places, so that its
-    // product with n is exact; the second is the rest of ln 2, rounded.
-    constexpr long double kPerLn2 = 1.44269504088896340735992468100189214L;
-    constexpr long double kLn2 = 0x1.62e42fefa2p-1L;
-    constexpr long double kLn2Rest = 0xcf79abc9e3b39804p-104L;
-    int const n = static_cast<int>(v * kPerLn2 + (v < 0 ? -0.5L : 0.5L));
-    long double const r =
-        (v - static_cast<long double>(n) * kLn2) - static_cast<long double>(n) * kLn2Rest;
-
-    // The series of the exponential: the term of degree 18 is below 2^-80.
-    constexpr int kDegree = 17;
-    struct Terms {
-        long double reciprocalFactorial[kDegree + 1] = {1};
-        constexpr Terms()
-        {
-            for (int i = 1; i <= kDegree; ++i)
-                reciprocalFactorial[i] = reciprocalFactorial[i - 1] / i;
-        }
-    };
-    static constexpr Terms kTerms;
-    long double sum = kTerms.reciprocalFactorial[kDegree];
-    for (int i = kDegree - 1; i >= 0; --i)
-        sum = sum * r + kTerms.reciprocalFactorial[i];
-
-    // By powers of two in two steps, each of them a double.
-    auto const power = [](int exponent) {
-        return static_cast<long double>(
-            std::bit_cast<double>(static_cast<std::uint64_t>(1023 + exponent) << 52));
-    };
-    return sum * power(n / 2) * power(n - n / 2);
-}
+inline double extendedExp(double v) noexcept { return exponentialByExtended(v); }
 
 }  // namespace nodusmath::library
 

@@ -34,6 +34,17 @@ void send(LogService& log, char const* format, String const& prefix, Values... v
     log.message(message);
 }
 
+// As the formats take it. A NaN that was computed has the sign that the processor gives it, and
+// "-nan" would be told on one and "nan" on another: a portable build tells "nan".
+double told(Float value) noexcept
+{
+#ifdef NODUSMATH_PORTABLE
+    if (value != value)
+        return __builtin_nan("");
+#endif
+    return value;
+}
+
 void format(LogService& log, String const& prefix, Bool value) noexcept
 {
     send(log, "%s%s", prefix, value.byte != 0 ? "true" : "false");
@@ -48,25 +59,25 @@ void format(LogService& log, String const& prefix, UInt32 value) noexcept
 }
 void format(LogService& log, String const& prefix, Float value) noexcept
 {
-    send(log, "%s%f", prefix, double{value});
+    send(log, "%s%f", prefix, told(value));
 }
 void format(LogService& log, String const& prefix, Float2 const& v) noexcept
 {
-    send(log, "%s(%f,%f)", prefix, double{v.x}, double{v.y});
+    send(log, "%s(%f,%f)", prefix, told(v.x), told(v.y));
 }
 void format(LogService& log, String const& prefix, Float3 const& v) noexcept
 {
-    send(log, "%s(%f,%f,%f)", prefix, double{v.x}, double{v.y}, double{v.z});
+    send(log, "%s(%f,%f,%f)", prefix, told(v.x), told(v.y), told(v.z));
 }
 void format(LogService& log, String const& prefix, Float4 const& v) noexcept
 {
-    send(log, "%s(%f,%f,%f,%f)", prefix, double{v.x}, double{v.y}, double{v.z}, double{v.w});
+    send(log, "%s(%f,%f,%f,%f)", prefix, told(v.x), told(v.y), told(v.z), told(v.w));
 }
 void format(LogService& log, String const& prefix, TQS const& v) noexcept
 {
     send(log, "%sTQS = [ ( %f, %f, %f, %f ) ( %f, %f, %f, %f ) ( %f, %f, %f, %f ) ]", prefix,
-         double{v.t.x}, double{v.t.y}, double{v.t.z}, double{v.t.w}, double{v.q.x}, double{v.q.y},
-         double{v.q.z}, double{v.q.w}, double{v.s.x}, double{v.s.y}, double{v.s.z}, double{v.s.w});
+         told(v.t.x), told(v.t.y), told(v.t.z), told(v.t.w), told(v.q.x), told(v.q.y), told(v.q.z),
+         told(v.q.w), told(v.s.x), told(v.s.y), told(v.s.z), told(v.s.w));
 }
 
 template <typename T> T logValue(T const& value, String const& prefix) noexcept

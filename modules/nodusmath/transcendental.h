@@ -62,8 +62,7 @@ template <> inline Float binaryExponentialOf(Float value) noexcept
 // The exponential itself in extended precision, rounded once more at the end.
 template <> inline Double binaryExponentialOf(Double value) noexcept
 {
-    Double const product = value * kLn2<Double>;
-    return static_cast<Double>(library::exp(static_cast<long double>(product)));
+    return library::extendedExp(value * kLn2<Double>);
 }
 template <typename T> T binaryLogarithmOf(T value) noexcept
 {

@@ -5,11 +5,6 @@
 #include "nodus/host/digest.h"
 #include "nodus/host/literals.h"
 
-#include <fmt/format.h>
-
-#include <algorithm>
-#include <string_view>
-
 namespace nodus::tools {
 
 namespace {
@@ -22,29 +17,7 @@ int digest(std::string const& seedText, Shared const& shared)
     if (!wrong.empty())
         throw host::Fault("--seed: " + wrong);
     Environment const environment(shared);
-    auto const families = host::digestFamilies(environment.catalogue(), seed);
-
-    std::string text =
-        fmt::format("# seed {}, {} calls a kernel, all NaN alike\n", seed, host::kDigestCalls);
-    auto const line = [](std::string_view name, std::string_view group, std::uint64_t digest) {
-        return fmt::format("{:<26} {:<9} {:016x}\n", name, group, digest);
-    };
-    std::vector<std::string> groups;
-    for (host::FamilyDigest const& each : families) {
-        text += line(each.family->name, each.group, each.digest);
-        if (std::ranges::find(groups, each.group) == groups.end())
-            groups.push_back(each.group);
-    }
-    // Of the digests that they stand for, in their order.
-    groups.emplace_back("all");
-    for (std::string const& group : groups) {
-        host::Fnv1a total;
-        for (host::FamilyDigest const& each : families)
-            if (group == "all" || each.group == group)
-                total.add(&each.digest, sizeof each.digest);
-        text += line("all", group == "all" ? "" : group, total.value());
-    }
-    print(text);
+    print(host::digestReport(environment.catalogue(), seed));
     return 0;
 }
 

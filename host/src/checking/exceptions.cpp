@@ -1,9 +1,8 @@
 // The exception flags of the processor beside the values of a call.
 #include "exceptions.h"
 
+#include "floating_point.h"
 #include "modules/load.h"
-
-#include <xmmintrin.h>
 
 #include <cmath>
 
@@ -37,14 +36,10 @@ template <typename Is> bool anyLane(std::vector<Port> const& ports, std::byte co
 
 }  // namespace
 
-void clearExceptions() { _MM_SET_EXCEPTION_STATE(0); }
-
 bool raisedWithoutNeed(std::vector<Port> const& inputs, std::byte const* in,
                        std::vector<Port> const& outputs, std::byte const* out, bool mayDivideByZero)
 {
-    unsigned const unwanted =
-        _MM_EXCEPT_INVALID | (mayDivideByZero ? 0u : unsigned{_MM_EXCEPT_DIV_ZERO});
-    return (_MM_GET_EXCEPTION_STATE() & unwanted) != 0 &&
+    return (raisedInvalid() || (!mayDivideByZero && raisedDivisionByZero())) &&
            !anyLane(inputs, in, [](double value) { return !(std::abs(value) < 0x1p30); }) &&
            !anyLane(outputs, out, [](double value) { return !std::isfinite(value); });
 }

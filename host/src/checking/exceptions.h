@@ -9,12 +9,10 @@
 
 namespace nodus::host {
 
-// Of the calling thread.
-void clearExceptions();
-
-// Whether, since they were cleared, a division by zero or an invalid operation was told although
-// every input is a moderate number and every result a finite one. Beyond 2^30, conversions to
-// integers and infinities on the way raise what only the kernel's own mathematics could explain.
+// Whether, since they were cleared, the calling thread was told of a division by zero or an invalid
+// operation although every input is a moderate number and every result a finite one. Beyond 2^30,
+// conversions to integers and infinities on the way raise what only the kernel's own mathematics
+// could explain.
 bool raisedWithoutNeed(std::vector<Port> const& inputs, std::byte const* in,
                        std::vector<Port> const& outputs, std::byte const* out,
                        bool mayDivideByZero);

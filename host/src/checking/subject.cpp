@@ -2,10 +2,9 @@
 #include "subject.h"
 
 #include "exceptions.h"
+#include "floating_point.h"
 
 #include "nodus/runtime/EvaluationScope.h"
-
-#include <immintrin.h>
 
 #include <algorithm>
 #include <cstring>
@@ -14,31 +13,6 @@
 namespace nodus::host {
 
 namespace {
-
-// The part of the processor's state that a call must leave as it was: rounding, traps, flushing of
-// subnormals; the x87 unit's precision and rounding; the direction of string instructions.
-struct ControlState {
-    unsigned mxcsr;
-    std::uint16_t x87;
-    std::uint64_t flags;
-    bool operator==(ControlState const&) const = default;
-};
-
-ControlState controlState()
-{
-    constexpr unsigned kSseExceptionFlags = 0x3F;
-    constexpr std::uint64_t kDirection = 0x400, kAlignmentCheck = 0x40000;
-    ControlState state{_mm_getcsr() & ~kSseExceptionFlags, 0,
-                       __builtin_ia32_readeflags_u64() & (kDirection | kAlignmentCheck)};
-    __asm__ volatile("fnstcw %0" : "=m"(state.x87));
-    return state;
-}
-
-void restore(ControlState const& state)
-{
-    _mm_setcsr(state.mxcsr);
-    __asm__ volatile("fldcw %0\n\tcld" : : "m"(state.x87));
-}
 
 std::vector<std::shared_ptr<std::string>> const& texts()
 {

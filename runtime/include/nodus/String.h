@@ -4,6 +4,7 @@
 #include "nodus/Export.h"
 #include "nodus/StringAbi.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <utility>
@@ -31,7 +32,15 @@ public:
     }
 
 private:
-    std::shared_ptr<std::string> m_text;
+    // As large where addresses are smaller: ports lie alike everywhere.
+    template <std::size_t size, typename = void> struct Rest {
+        unsigned char bytes[size];
+    };
+    template <typename Any> struct Rest<0, Any> {
+    };
+
+    alignas(8) std::shared_ptr<std::string> m_text;
+    [[no_unique_address, maybe_unused]] Rest<16 - sizeof(std::shared_ptr<std::string>)> m_rest;
 };
 
 static_assert(sizeof(String) == 16 && alignof(String) == 8);

@@ -32,9 +32,13 @@ inline constexpr int kDigestCalls = 4096;  // of each kernel
 
 // In the order of the catalogue. Inputs depend on the seed, the name of the kernel and the types of
 // its ports alone. Outputs, and the messages of kernels that log, are taken as they are, except
-// that one NaN is as good as another: the sign and the payload of a computed one are not promised.
+// that one NaN is as good as another, in a message too: the sign and the payload of a computed one
+// are not promised.
 //
 // Calls srand(1) first, so that noise whose tables are not filled yet is that of a fresh process.
 std::vector<FamilyDigest> digestFamilies(Catalogue const& catalogue, std::uint32_t seed);
+
+// The same as text: a line for each family, then for each group and for all.
+std::string digestReport(Catalogue const& catalogue, std::uint32_t seed);
 
 }  // namespace nodus::host

@@ -22,7 +22,7 @@ struct LocalServiceTable {
     void* reserved[5] = {};
     LogService* log = nullptr;  // null: nobody listens, messages are dropped
 };
-static_assert(offsetof(LocalServiceTable, log) == 40);
+static_assert(offsetof(LocalServiceTable, log) == 5 * sizeof(void*));
 
 // The table of the innermost EvaluationScope of the calling thread; null outside of any.
 NODUS_API LocalServiceTable const* GetLocalServiceTable() noexcept;

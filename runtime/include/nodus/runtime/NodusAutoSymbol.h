@@ -30,6 +30,6 @@ private:
     void const* m_entry;
 };
 
-static_assert(sizeof(NodusAutoSymbol) == 40);
+static_assert(sizeof(NodusAutoSymbol) == 5 * sizeof(void*));
 
 }  // namespace nodus::runtime
