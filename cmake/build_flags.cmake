@@ -6,9 +6,9 @@ target_compile_options(nodus_build INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow -ffp-contract=off
   $<$<BOOL:${NODUSMATH_WERROR}>:-Werror>)
 
-# Where addresses have 32 bits: 64-bit counts of what is in memory become sizes.
+# Where addresses have 32 bits: 64-bit counts of what is in memory become sizes, 32-bit ones distances.
 if(EMSCRIPTEN)
-  target_compile_options(nodus_build INTERFACE -Wno-shorten-64-to-32)
+  target_compile_options(nodus_build INTERFACE -Wno-shorten-64-to-32 -Wno-sign-conversion -Wno-c++11-narrowing)
 endif()
 
 # GNU unique symbols would keep a library from ever being unloaded.

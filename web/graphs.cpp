@@ -1,0 +1,121 @@
+// What nodus_graphs.wasm has to say: the graph reader and the evaluator of the host library, as the
+// command line calls them, over texts that JavaScript puts and takes.
+#include "files.h"
+
+#include "nodus/host/digest.h"
+#include "nodus/host/graph.h"
+#include "nodus/host/run.h"
+
+#include <memory>
+#include <optional>
+
+using namespace nodus::host;
+
+namespace {
+
+// The names of what comes out.
+constexpr char const* kResults = "results";
+constexpr char const* kLog = "log";
+constexpr char const* kFaults = "faults";
+
+enum Status { done, failed, wrongInput };
+
+Catalogue const& catalogue()
+{
+    static Module const module("nodusmath");
+    static Module const* const modules[] = {&module};
+    static Catalogue const read{modules};
+    return read;
+}
+
+void tell(std::vector<std::string> const& faults)
+{
+    std::string& text = fileText(kFaults);
+    for (std::string const& line : faults)
+        text += line + "\n";
+}
+
+template <typename Work> Status tried(Work work)
+{
+    fileText(kFaults).clear();
+    try {
+        work();
+        return done;
+    } catch (Fault const& fault) {
+        tell(fault.lines());
+        return wrongInput;
+    } catch (std::bad_alloc const&) {
+        tell({"out of memory"});
+    } catch (std::exception const& error) {
+        tell({std::string("the work failed: ") + error.what()});
+    }
+    return failed;
+}
+
+template <typename Work> void gather(Diagnostics& diagnostics, Work work)
+{
+    try {
+        work();
+    } catch (Fault const& fault) {
+        diagnostics.add(fault);
+    }
+}
+
+void evaluate(std::string const& graphName, std::string const& frames, std::string const& tableName,
+              bool asJsonLines)
+{
+    Diagnostics diagnostics;
+    RunOptions run;
+    run.format = asJsonLines ? ResultFormat::jsonLines : ResultFormat::csv;
+    std::unique_ptr<TableReader> table;
+    gather(diagnostics, [&] {
+        if (!frames.empty())
+            run.frames = parseFrames(frames);
+    });
+    GraphSurroundings surroundings{tableName, nullptr, false};
+    gather(diagnostics, [&] {
+        if (tableName.empty())
+            return;
+        table = std::make_unique<TableReader>(tableName);
+        surroundings.columns = &table->columns();
+        run.table = table.get();
+    });
+    Graph const graph = readGraph(graphName, catalogue(), surroundings, diagnostics);
+    diagnostics.throwIfAny();
+    Plan const plan = compile(graph);
+    auto results = OutputFile::open(kResults), log = OutputFile::open(kLog);
+    run.results = &results;
+    run.log = &log;
+    nodus::host::run(plan, run);
+    results.commit();
+    log.commit();
+}
+
+}  // namespace
+
+extern "C" {
+
+// The text of that name, of size characters to write to or to read.
+char* nodus_putText(char const* name, std::size_t size)
+{
+    std::string& text = fileText(name);
+    text.resize(size);
+    return text.data();
+}
+char const* nodus_getText(char const* name) { return fileText(name).data(); }
+std::size_t nodus_getSize(char const* name) { return fileText(name).size(); }
+
+// The graph and the table under the names that messages call them by; no table: "". The status is
+// the command's; what came out are the texts "results" and "log", or else "faults", a line each.
+int nodus_evaluate(char const* graph, char const* frames, char const* table, int asJsonLines)
+{
+    return tried([&] { evaluate(graph, frames, table, asJsonLines != 0); });
+}
+
+// The report of nodus digest as "results".
+int nodus_digest(std::uint32_t seed)
+{
+    return tried([&] { fileText(kResults) = digestReport(catalogue(), seed); });
+}
+
+}  // extern "C"
