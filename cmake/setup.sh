@@ -44,7 +44,7 @@ cd "$(dirname "$0")/.."
 musl=build/sources/musl
 
 missing=""
-for package in $wanted; do
+for package in $(printf '%s\n' $wanted | sort -u); do
     # A line for each architecture that has it.
     dpkg-query -W -f '${db:Status-Status}\n' "$package" 2>/dev/null | grep -qx installed ||
         missing="$missing $package"

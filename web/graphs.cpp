@@ -13,16 +13,17 @@ using namespace nodus::host;
 
 namespace {
 
-// The names of what comes out.
-constexpr char const* kResults = "results";
-constexpr char const* kLog = "log";
-constexpr char const* kFaults = "faults";
+// The names of what goes in and comes out beside graphs and tables, which nobody calls so.
+constexpr char const* kModule = "<module>/libnodusmath.so";
+constexpr char const* kResults = "<results>";
+constexpr char const* kLog = "<log>";
+constexpr char const* kFaults = "<faults>";
 
 enum Status { done, failed, wrongInput };
 
 Catalogue const& catalogue()
 {
-    static Module const module("nodusmath");
+    static Module const module(kModule);
     static Module const* const modules[] = {&module};
     static Catalogue const read{modules};
     return read;
@@ -95,7 +96,8 @@ void evaluate(std::string const& graphName, std::string const& frames, std::stri
 
 extern "C" {
 
-// The text of that name, of size characters to write to or to read.
+// The text of that name, of size characters to write to or to read. The catalogue is put first, as
+// "<module>/nodusmath.json".
 char* nodus_putText(char const* name, std::size_t size)
 {
     std::string& text = fileText(name);
@@ -112,7 +114,7 @@ int nodus_evaluate(char const* graph, char const* frames, char const* table, int
     return tried([&] { evaluate(graph, frames, table, asJsonLines != 0); });
 }
 
-// The report of nodus digest as "results".
+// The report of nodus digest as "<results>".
 int nodus_digest(std::uint32_t seed)
 {
     return tried([&] { fileText(kResults) = digestReport(catalogue(), seed); });

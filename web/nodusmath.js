@@ -263,7 +263,7 @@ class Nodus {
             };
             const take = (name) => texts.with([name], (name) =>
                 texts.read(exports.nodus_getText(name), exports.nodus_getSize(name)));
-            put("nodusmath.json", JSON.stringify(this.catalogue));
+            put("<module>/nodusmath.json", JSON.stringify(this.catalogue));
             return { exports, texts, put, take };
         });
         return this.#graphs;
@@ -272,7 +272,7 @@ class Nodus {
     // Calls and says what came out, or throws the faults.
     static #finished({ take }, status) {
         if (status === 0) return;
-        const lines = take("faults").split("\n").filter((line) => line !== "");
+        const lines = take("<faults>").split("\n").filter((line) => line !== "");
         throw status === 2 ? new NodusFault(lines) : new Error(lines.join("\n"));
     }
 
@@ -286,13 +286,13 @@ class Nodus {
             [name, String(frames), table === undefined ? "" : tableName],
             (...texts) => evaluator.exports.nodus_evaluate(...texts, Number(format === "jsonl")));
         Nodus.#finished(evaluator, status);
-        return { text: evaluator.take("results"), log: evaluator.take("log") };
+        return { text: evaluator.take("<results>"), log: evaluator.take("<log>") };
     }
 
     async digest(seed = 1) {
         const evaluator = await this.#evaluator();
         Nodus.#finished(evaluator, evaluator.exports.nodus_digest(seed));
-        return evaluator.take("results");
+        return evaluator.take("<results>");
     }
 }
 
