@@ -28,6 +28,9 @@ install(DIRECTORY ${CMAKE_BINARY_DIR}/packages/nodusmath/qvr
 install(FILES modules/nodusmath/nodusmath.json DESTINATION ${modules_dir} COMPONENT module)
 # musl's code is in a portable module, and its licence asks to be passed on with it.
 set(musl_notice /usr/share/doc/musl-dev/copyright)
+if(MUSL_SOURCE)
+  set(musl_notice ${MUSL_SOURCE}/COPYRIGHT)
+endif()
 if(NODUSMATH_PORTABLE AND EXISTS ${musl_notice})
   install(FILES ${musl_notice} DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME copyright.musl
     COMPONENT module)

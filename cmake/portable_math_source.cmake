@@ -1,11 +1,11 @@
 # portable_math on other processors: from musl's source, since its packaged library uses fused operations
-# where the processor has them. cmake/setup.sh cross fetches Debian's source package.
+# where the processor has them. cmake/setup.sh fetches Debian's source package.
 find_path(MUSL_SOURCE src/math/sin.c
   PATHS ${CMAKE_SOURCE_DIR}/build/sources/musl NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH
-  DOC "musl's source (cmake/setup.sh cross fetches it)")
+  DOC "musl's source (cmake/setup.sh fetches it)")
 if(NOT MUSL_SOURCE)
   message(FATAL_ERROR "A portable build on ${NODUSMATH_PROCESSOR} wants musl's source: "
-    "cmake/setup.sh cross fetches it; where it is elsewhere, MUSL_SOURCE says so")
+    "cmake/setup.sh fetches it, for a preset; where it is elsewhere, MUSL_SOURCE says so")
 endif()
 
 # What mathlibrary.h declares, and what that calls in turn.

@@ -22,7 +22,12 @@ command -v node >/dev/null || wasm="$wasm nodejs"
 command -v npm >/dev/null || wasm="$wasm npm"
 
 wanted=""
-crosses=""
+# What a portable build is made of, which on other processors is every build.
+wants_musl=""
+if [ "$(uname -m)" != x86_64 ]; then
+    wants_musl=yes
+    wanted=dpkg-dev
+fi
 only_check=""
 if [ "${1:-}" = --check ]; then
     only_check=yes
@@ -34,9 +39,9 @@ for set in "$@"; do
     run) wanted="$wanted $run" ;;
     test) wanted="$wanted $test" ;;
     benchmark) wanted="$wanted $benchmark" ;;
-    aarch64) wanted="$wanted $aarch64" crosses=yes ;;
-    riscv64) wanted="$wanted $riscv64" crosses=yes ;;
-    wasm) wanted="$wanted $wasm" crosses=yes ;;
+    aarch64) wanted="$wanted $aarch64" wants_musl=yes ;;
+    riscv64) wanted="$wanted $riscv64" wants_musl=yes ;;
+    wasm) wanted="$wanted $wasm" wants_musl=yes ;;
     *) echo "usage: cmake/setup.sh run|test|benchmark|aarch64|riscv64|wasm..." >&2; exit 2 ;;
     esac
 done
@@ -50,7 +55,7 @@ for package in $(printf '%s\n' $wanted | sort -u); do
         missing="$missing $package"
 done
 packages=$missing
-[ -z "$crosses" ] || [ -e $musl ] || missing="$missing musl's source"
+[ -z "$wants_musl" ] || [ -e $musl ] || missing="$missing musl's source"
 [ -n "$missing" ] || exit 0
 [ -z "$only_check" ] || exit 1
 
@@ -85,7 +90,7 @@ install_packages() {
 # Debian's source package, from where this machine takes its packages. Other users' lists stay as they
 # are: it has lists of its own.
 fetch_musl() {
-    [ -n "$crosses" ] && [ ! -e $musl ] || return 0
+    [ -n "$wants_musl" ] && [ ! -e $musl ] || return 0
     # shellcheck disable=SC2016 # apt-get reads it
     apt-get indextargets --format 'deb-src $(REPO_URI) $(CODENAME) $(COMPONENT)' \
         'Created-By: Packages' 'Label: Debian' | sort -u >"$scratch/sources.list"
