@@ -85,6 +85,29 @@ test("examples give the bytes of the command", async () => {
     assert.ok(held >= 7, String(held));
 });
 
+// Lines of sessions: those before a row "| A | B" stand for it, with A for %1 and B for %2.
+function sessionLines(text) {
+    const lines = [];
+    let block = [], hasRows = false;
+    const end = () => {
+        if (!hasRows) lines.push(...block);
+        [block, hasRows] = [[], false];
+    };
+    for (const line of text.split("\n")) {
+        if (line.startsWith("| ")) {
+            const cells = line.slice(1).replaceAll("\\n", "\n").split(" | ").map((cell) => cell.trim());
+            lines.push(...block.map((text) =>
+                cells.reduce((made, cell, i) => made.replaceAll(`%${i + 1}`, () => cell), text)));
+            hasRows = true;
+        } else if (!line.startsWith("#")) {
+            if (hasRows || line === "") end();
+            block.push(line);
+        }
+    }
+    end();
+    return lines;
+}
+
 // The sessions of the command: files, what is asked, and what is answered.
 test("graphs have the results and the faults of the command", async () => {
     let held = 0;
@@ -113,14 +136,14 @@ test("graphs have the results and the faults of the command", async () => {
             assert.match(wrong, pattern(error), at);
             ++held;
         };
-        let lines = source(`sessions/${session}.txt`).split("\n");
+        const lines = sessionLines(source(`sessions/${session}.txt`));
         for (let i = 0; i < lines.length; ++i) {
             const [mark, rest] = [lines[i][0], lines[i].slice(2)];
             if ("=@$?".includes(mark ?? "#")) await hold();
             if (mark === "=") files = {};
             if (mark === "$")
                 asked = { words: rest.match(/'[^']*'|\S+/g).map((word) => word.replace(/^'(.*)'$/, "$1")),
-                    out: [], error: [], at: `${session}.txt:${i + 1}` };
+                    out: [], error: [], at: `${session}: ${rest}` };
             if (mark === ">") asked?.out.push(rest);
             if (mark === "!") asked?.error.push(rest);
             if (mark === "@") {

@@ -1,6 +1,6 @@
-// The pipeline of host/src/run.cpp on the one thread that there is: each stage after the other, in
-// order, under the names of the library that shares it out elsewhere. What the first stage gives as
-// it stops goes through the others as well, which find nothing in it to do.
+// The pipeline of the host's run.cpp on the one thread that there is: each stage after the other,
+// in order, under the names of the library that shares it out elsewhere. What the first stage gives
+// as it stops goes through the others as well, which find nothing in it to do.
 #pragma once
 
 #include <cstddef>
