@@ -7,7 +7,11 @@ endif()
 
 find_path(GOOGLETEST_SOURCE CMakeLists.txt PATHS /usr/src/googletest NO_DEFAULT_PATH ${required}
   DOC "The packaged source of GoogleTest")
-find_library(MPFR mpfr ${required})
+if(CMAKE_CROSSCOMPILING)
+  find_library(MPFR mpfr)
+else()
+  find_library(MPFR mpfr ${required})
+endif()
 find_path(CALLGRIND_INCLUDE valgrind/callgrind.h ${required})
 foreach(program dot mpirun parallel python3 qemu-x86_64 valgrind)
   string(TOUPPER ${program} variable)
