@@ -1,7 +1,5 @@
 // A portable build computes the digests that are kept of many seeds, on whatever processor: one
-// seed does not see every argument for which a function is rounded otherwise. After a change of
-// results that is meant to be one:
-//   for n in $(seq 20); do echo $n $(build/portable/bin/nodus digest --seed $n | tail -n 1); done
+// seed does not see every argument for which a function is rounded otherwise.
 #include "host/fixtures.h"
 
 #include "nodus/host/digest.h"
