@@ -1,11 +1,10 @@
 // The same bits everywhere: digests of this compiler's builds beside each other, and beside those
 // that are kept. After a change of results that is meant to be one:
 //   cmake/build.sh portable && build/portable/bin/nodus digest >tests/digests/portable.txt
-#include "support/process.h"
+#include "support/command.h"
 
 #include <fstream>
 #include <map>
-#include <sstream>
 
 namespace {
 
@@ -39,12 +38,11 @@ bool dependsOn(std::string const& group, std::string const& line)
     return line.find(' ' + group + ' ') != line.npos;
 }
 
-support::Finished digest(Build const& build, std::string const& seed = "1",
-                         std::vector<std::string> command = {})
+nodus::test::Finished digest(Build const& build, std::string const& seed = "1",
+                             std::string const& emulator = "")
 {
-    command.insert(command.end(),
-                   {DIGEST_COMMAND, "--module", build.file, "digest", "--seed", seed});
-    return support::runProcess(command);
+    return nodus::test::run(emulator + " '" DIGEST_COMMAND "' --module '" + build.file +
+                            "' digest --seed '" + seed + "'");
 }
 
 Digests const& own()
@@ -82,7 +80,7 @@ TEST(Digest, BuildsAgree)
 // 2008. Nothing else may differ, and in a portable build nothing at all.
 TEST(Digest, AnotherProcessorAgrees)
 {
-    auto const run = digest(kOwn, "1", {DIGEST_EMULATOR, "-cpu", "Nehalem"});
+    auto const run = digest(kOwn, "1", DIGEST_EMULATOR " -cpu Nehalem");
     for (auto const& [family, line] : read(std::istringstream(run.out)))
         EXPECT_TRUE(
             line == own().at(family) ||
