@@ -11,18 +11,17 @@
 
 using namespace fixtures;
 using support::TemporaryFolder;
-using Pixels = std::vector<std::uint8_t>;
 
 namespace {
 
 struct Picture {
-    std::size_t width = 0, height = 0;
-    bool isGrey = false;
-    Pixels pixels;
+    std::size_t width, height, channels;
+    std::vector<unsigned> samples;  // as they are in the file, whatever their depth
+
+    bool operator==(Picture const&) const = default;
 };
 
-// The samples of a PNG file, whatever their depth, as they are in it.
-std::vector<unsigned> samplesOf(std::string const& file)
+Picture pictureOf(std::string const& file)
 {
     png_structp png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
     png_infop info = png_create_info_struct(png);
@@ -34,24 +33,16 @@ std::vector<unsigned> samplesOf(std::string const& file)
     });
     png_read_png(png, info, PNG_TRANSFORM_IDENTITY, nullptr);
     std::size_t const bytes = png_get_bit_depth(png, info) / 8u;
-    std::vector<unsigned> samples;
-    for (std::size_t y = 0; y < png_get_image_height(png, info); ++y)
+    Picture picture{png_get_image_width(png, info),
+                    png_get_image_height(png, info),
+                    png_get_channels(png, info),
+                    {}};
+    for (std::size_t y = 0; y < picture.height; ++y)
         for (std::size_t i = 0; i < png_get_rowbytes(png, info); i += bytes) {
             png_const_bytep const row = png_get_rows(png, info)[y];
-            samples.push_back(bytes == 1 ? row[i] : 256u * row[i] + row[i + 1]);
+            picture.samples.push_back(bytes == 1 ? row[i] : 256u * row[i] + row[i + 1]);
         }
     png_destroy_read_struct(&png, &info, nullptr);
-    return samples;
-}
-
-Picture pictureOf(std::string const& file)
-{
-    png_image image{};
-    image.version = PNG_IMAGE_VERSION;
-    EXPECT_NE(png_image_begin_read_from_memory(&image, file.data(), file.size()), 0);
-    Picture picture{image.width, image.height, image.format == PNG_FORMAT_GRAY, {}};
-    picture.pixels.resize(PNG_IMAGE_SIZE(image));
-    EXPECT_NE(png_image_finish_read(&image, nullptr, picture.pixels.data(), 0, nullptr), 0);
     return picture;
 }
 
@@ -73,45 +64,38 @@ constexpr char kRamp[] = R"({"nodes": {
     "y": {"type": "Mul_Float", "inputs": {"a": {"pixel": "y"}, "b": 10}},
     "sum": {"type": "Add_Float", "inputs": {"a": {"from": "x"}, "b": {"from": "y"}}}},
     "outputs": ["sum"]})";
+constexpr char kColour[] = R"({"nodes": {
+    "c": {"type": "RandomGenerator_Color", "inputs": {"value": [0.2, 0.4, 0.8, 0.6], "range": 0}}},
+    "outputs": ["c"]})";
+constexpr char kNaN[] = R"({"nodes": {
+    "n": {"type": "Sqrt_Float", "inputs": {"value": -1}}}, "outputs": ["n"]})";
 
 }  // namespace
 
 // Centres are halves: 0.1, 0.3, 0.5 in the first row, ten more a row.
-TEST(Image, ValuesAtPixelCentresBecomeGrey)
+TEST(Image, ValuesAtPixelCentresBecomeSamples)
 {
-    Picture const plain = pictureOf(fileOf(kRamp, {{3, 2}, {-5, -4}, 0, 1}));
-    EXPECT_EQ(plain.width, 3u);
-    EXPECT_EQ(plain.height, 2u);
-    EXPECT_TRUE(plain.isGrey);
-    EXPECT_EQ(plain.pixels, (Pixels{255, 255, 255, 255, 255, 255})) << "cut at white";
-
-    Picture const mapped = pictureOf(fileOf(kRamp, {{3, 2}, {5, 15.6f}, 0, 1}));
-    EXPECT_EQ(mapped.pixels, (Pixels{2, 7, 12, 243, 248, 253}));
-    Picture const reversed = pictureOf(fileOf(kRamp, {{3, 2}, {15.6f, 5}, 0, 1}));
-    EXPECT_EQ(reversed.pixels, (Pixels{253, 248, 243, 12, 7, 2}));
-}
-
-TEST(Image, ColoursKeepTheirAlphaWhateverTheMap)
-{
-    constexpr char kColour[] = R"({"nodes": {
-        "c": {"type": "RandomGenerator_Color",
-              "inputs": {"value": [0.2, 0.4, 0.8, 0.6], "range": 0}}}, "outputs": ["c"]})";
-    EXPECT_EQ(pictureOf(fileOf(kColour, {{1, 1}, {}, 0, 1})).pixels, (Pixels{51, 102, 204, 153}));
-    EXPECT_EQ(pictureOf(fileOf(kColour, {{1, 1}, {0, 2}, 0, 1})).pixels,
-              (Pixels{26, 51, 102, 153}));
-}
-
-TEST(Image, NaNIsBlack)
-{
-    constexpr char kNaN[] = R"({"nodes": {
-        "n": {"type": "Sqrt_Float", "inputs": {"value": -1}}}, "outputs": ["n"]})";
-    EXPECT_EQ(pictureOf(fileOf(kNaN, {{2, 1}, {-1, 1}, 0, 1})).pixels, (Pixels{0, 0}));
-}
-
-TEST(Image, SixteenBitsHaveTwoHundredAndFiftySevenTimesTheLevels)
-{
-    EXPECT_EQ(samplesOf(fileOf(kRamp, {{3, 2}, {5, 15.6f}, 0, 1, ImageFormat::png, 16})),
-              (std::vector<unsigned>{618, 1855, 3091, 62444, 63680, 64917}));
+    struct {
+        char const *why, *graph;
+        ImageOptions options;
+        Picture expected;
+    } const rows[] = {
+        {"cut at white",
+         kRamp,
+         {{3, 2}, {-5, -4}, 0, 1},
+         {3, 2, 1, {255, 255, 255, 255, 255, 255}}},
+        {"mapped", kRamp, {{3, 2}, {5, 15.6f}, 0, 1}, {3, 2, 1, {2, 7, 12, 243, 248, 253}}},
+        {"reversed", kRamp, {{3, 2}, {15.6f, 5}, 0, 1}, {3, 2, 1, {253, 248, 243, 12, 7, 2}}},
+        {"257 times the levels",
+         kRamp,
+         {{3, 2}, {5, 15.6f}, 0, 1, ImageFormat::png, 16},
+         {3, 2, 1, {618, 1855, 3091, 62444, 63680, 64917}}},
+        {"a colour", kColour, {{1, 1}, {}, 0, 1}, {1, 1, 4, {51, 102, 204, 153}}},
+        {"alpha has no map", kColour, {{1, 1}, {0, 2}, 0, 1}, {1, 1, 4, {26, 51, 102, 153}}},
+        {"NaN is black", kNaN, {{2, 1}, {-1, 1}, 0, 1}, {2, 1, 1, {0, 0}}},
+    };
+    for (auto const& row : rows)
+        EXPECT_TRUE(pictureOf(fileOf(row.graph, row.options)) == row.expected) << row.why;
 }
 
 // Left to right, but the last row first.
@@ -126,10 +110,10 @@ TEST(Image, FloatsAreWrittenAsTheyAre)
         std::memcpy(&value, file.data() + 12 + 4 * i, sizeof value);
         EXPECT_NEAR(value, ramp[i], 1e-6);
     }
-    constexpr char kColour[] = R"({"nodes": {
-        "c": {"type": "Abs_Float4", "inputs": {"value": [-2, 4, 8, 6]}}}, "outputs": ["c"]})";
+    constexpr char kLanes[] = R"({"nodes": {
+        "v": {"type": "Abs_Float4", "inputs": {"value": [-2, 4, 8, 6]}}}, "outputs": ["v"]})";
     float const colour[] = {2, 4, 8};
-    EXPECT_EQ(fileOf(kColour, {{1, 1}, {}, 0, 1, ImageFormat::pfm}),
+    EXPECT_EQ(fileOf(kLanes, {{1, 1}, {}, 0, 1, ImageFormat::pfm}),
               "PF\n1 1\n-1.0\n" +
                   std::string(reinterpret_cast<char const*>(colour), sizeof colour));
 }

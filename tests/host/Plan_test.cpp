@@ -8,34 +8,10 @@
 
 #include <cstdint>
 #include <cstring>
-#include <numeric>
 
 using namespace fixtures;
 
 namespace {
-
-// The bytes of every output in every frame; a pixel's x is the frame.
-std::vector<std::string> resultsOf(Plan const& plan, std::vector<std::int32_t> const& frames)
-{
-    Evaluator evaluator(plan, nullptr);
-    std::vector<std::string> results;
-    for (std::size_t first = 0; first < frames.size(); first += plan.framesPerBlock) {
-        auto const block =
-            std::span(frames).subspan(first, std::min(plan.framesPerBlock, frames.size() - first));
-        for (PlanSource const& source : plan.sources)
-            for (std::size_t i = 0; i < block.size(); ++i)
-                if (source.kind == Source::Kind::pixelX) {
-                    auto const x = static_cast<float>(block[i]);
-                    std::memcpy(evaluator.at(source.place, i), &x, sizeof x);
-                }
-        evaluator.evaluate(block);
-        for (std::size_t i = 0; i < block.size(); ++i)
-            for (PlanOutput const& output : plan.outputs)
-                results.emplace_back(reinterpret_cast<char const*>(evaluator.at(output.place, i)),
-                                     output.type->size);
-    }
-    return results;
-}
 
 std::int32_t intAt(Evaluator const& evaluator, std::size_t i)
 {
@@ -45,31 +21,6 @@ std::int32_t intAt(Evaluator const& evaluator, std::size_t i)
 }
 
 }  // namespace
-
-// One output read many times, in place and moved; lanes, parts and whole values; an output that its
-// kernel leaves alone at times. What the values are is a session of the command.
-TEST(Plan, EveryConsumerSeesTheValueWhateverTheSizeOfABlock)
-{
-    Graph const graph = graphOf(R"({"nodes": {
-        "x":    {"type": "Abs_Float", "inputs": {"value": {"pixel": "x"}}},
-        "v":    {"type": "Add_Float3", "inputs": {"a": [{"from": "x"}, 10, {"pixel": "x"}], "b": [0, 0, 1]}},
-        "neg":  {"type": "Negate_Float3", "inputs": {"value": {"from": "v"}}},
-        "mix":  {"type": "Sub_Float3", "inputs": {"a": {"from": "v"}, "b": {"from": "neg"}}},
-        "f4":   {"type": "Abs_Float4", "inputs": {"value": [{"from": "v.result.z"}, {"from": "mix.result.x"}, -7, 0]}},
-        "tqs":  {"type": "LogValueTQS", "inputs": {"value": {"t": [1, 2, 3, {"from": "x"}], "s": {"from": "f4"}}}},
-        "q":    {"type": "Negate_Quaternion", "inputs": {"value": {"from": "tqs.result.q"}}},
-        "sine": {"type": "Sin_Float", "inputs": {"value": {"from": "x"}}},
-        "left": {"type": "FastBiasAndGain_Float", "inputs": {"amount": {"from": "sine"}, "value": 0.75}}},
-        "outputs": ["v", "neg", "mix", "tqs", "q", "left.bias"]})",
-                                {"", nullptr, true});
-    std::vector<std::int32_t> frames(150);
-    std::iota(frames.begin(), frames.end(), 0);
-    auto const expected = resultsOf(compile(graph, 1), frames);
-    float const mix[3] = {298, 20, 300};
-    EXPECT_EQ(expected[149 * 6 + 2], std::string(reinterpret_cast<char const*>(mix), sizeof mix));
-    for (std::size_t const inBlock : {0u, 2u, 7u})
-        EXPECT_EQ(resultsOf(compile(graph, inBlock), frames), expected) << inBlock;
-}
 
 // Blocks where the contract wants them, and no move where one can be saved.
 TEST(Plan, BlocksAreAlignedAndMovesAreFew)
