@@ -6,9 +6,9 @@
 set -eu
 
 run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libdeflate-dev"
-test="$run googletest libpng-dev libgmp-dev musl-dev qemu-user clang clang-format clang-tidy
+test="$run googletest libgmp-dev musl-dev qemu-user clang clang-format clang-tidy
     libclang-rt-14-dev binutils valgrind pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db
-    parallel openmpi-bin python3 python3-numpy python3-selenium chromium chromium-driver"
+    parallel openmpi-bin python3 python3-numpy python3-pil python3-selenium chromium chromium-driver"
 benchmark="$run valgrind python3 python3-matplotlib time
     libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libmpfr-dev libstb-dev"
 

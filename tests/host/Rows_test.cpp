@@ -1,17 +1,52 @@
 // Plans for rows, and arrays in memory: the bits of kernels called one by one, whatever the graph.
-#include "results.h"
+#include "fixtures.h"
 
 #include "nodus/host/arrays.h"
+#include "nodus/host/run.h"
 
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <deque>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <random>
 
 using namespace fixtures;
 
 namespace {
+
+struct Results {
+    std::string text, log;
+
+    bool operator==(Results const&) const = default;
+};
+
+// Over the rows of a table with the columns "x" and "n".
+Results resultsOf(Plan const& plan, std::size_t threads, std::string const& table)
+{
+    std::string folder = testing::TempDir() + "nodus-XXXXXX";
+    std::filesystem::current_path(::mkdtemp(folder.data()));
+    std::ofstream("t.csv") << table;
+    TableReader reader("t.csv");
+    auto results = OutputFile::open("results"), log = OutputFile::open("log");
+    RunOptions options;
+    options.threads = threads;
+    options.table = &reader;
+    options.results = &results;
+    options.log = &log;
+    run(plan, options);
+    results.commit();
+    log.commit();
+    auto const read = [](char const* name) {
+        std::ifstream file(name);
+        return std::string(std::istreambuf_iterator<char>(file), {});
+    };
+    Results made{read("results"), read("log")};
+    std::filesystem::remove_all(folder);
+    return made;
+}
 
 std::string tableOf(std::size_t rows)
 {
@@ -165,7 +200,7 @@ TEST(RowPlan, FaultsOfTheTableDoNotDependOnWhoNeedsIt)
         "used":   {"type": "Add_Float", "inputs": {"a": {"column": "x"}}}}, "outputs": ["used"]})",
                                 {"t.csv", &columns});
     for (Plan const& plan : {compile(graph), compileRows(graph)})
-        EXPECT_EQ(resultsOf(plan, 1, "x,n\n1,1.5\n").faults,
+        EXPECT_EQ(faultsOf([&] { resultsOf(plan, 1, "x,n\n1,1.5\n"); }),
                   "t.csv:2: column 'n': '1.5' is not a whole number\n");
 }
 

@@ -37,20 +37,18 @@ expect "the find_package host" "11 22 33, catalogue found" "$("$scratch/cmake_ho
 PKG_CONFIG_PATH=$libdir/pkgconfig
 export PKG_CONFIG_PATH
 expect "pkg-config's version" "$version" "$(pkg-config --modversion nodusmath)"
-block() { # block PAGE LANGUAGE: the page's code in one language
-    awk -v fence="\`\`\`$2" '/^```/ { copied = $0 == fence; next } copied' "$here/../../$1"
-}
 # The host of docs/host_and_module.md, by the commands that stand there; the prefix is another one.
-block docs/host_and_module.md cpp >"$scratch/host.cpp"
-block docs/host_and_module.md sh | sed "s|^prefix=[^ ]*|prefix=$prefix|; s|\$prefix/lib|$libdir|; s|g++|$cxx|" \
-    >"$scratch/commands.sh"
+blocks host_and_module.md cpp host && mv "$scratch/host.1" "$scratch/host.cpp"
+blocks host_and_module.md sh host
+sed "s|^prefix=[^ ]*|prefix=$prefix|; s|\$prefix/lib|$libdir|; s|g++|$cxx|" "$scratch/host.1" >"$scratch/commands.sh"
 expect "the host of docs/host_and_module.md" "10 20 30" "$(cd "$scratch" && sh -eu commands.sh)"
 
-block README.md cpp >"$scratch/host.cpp"
+blocks ../README.md cpp host && mv "$scratch/host.1" "$scratch/host.cpp"
+blocks ../README.md text answer
 # shellcheck disable=SC2046 # one word a flag is what is wanted
 "$cxx" -std=c++20 -Wall -Wextra -Werror "$scratch/host.cpp" -o "$scratch/host" \
     $(pkg-config --cflags --libs compute_runtime) -Wl,-rpath,"$libdir"
-expect "the pkg-config host" "$(block README.md text)" \
+expect "the pkg-config host" "$(cat "$scratch/answer.1")" \
     "$("$scratch/host" "$(pkg-config --variable=module nodusmath)")"
 
 for header in $(cd "$prefix/include" && find . -name '*.h' | sed 's|^\./||'); do

@@ -71,10 +71,13 @@ class Page(unittest.TestCase):
                 self.assertEqual(got.returncode, 0, got.stderr)
                 self.assertEqual(numbers(shown), numbers(got.stdout))
 
+    def points(self, name):
+        path = re.search(r'class="c1" d="M(.*?) "', ARTICLES[name])[1]
+        return [tuple(map(float, point.split())) for point in path.split('L')]
+
     def test_curves_lie_where_the_function_does(self):
         # In the units of the drawing: two turns on 362, from -1.25 to 1.25 on 192.
-        path = re.search(r'class="c1" d="M(.*?) "', ARTICLES['Sin'])[1]
-        points = [tuple(map(float, point.split())) for point in path.split('L')]
+        points = self.points('Sin')
         self.assertEqual((points[0][0], points[-1][0]), (0, 362))
         self.assertGreater(len(points), 30)
         for x, y in points:
@@ -85,8 +88,7 @@ class Page(unittest.TestCase):
         for name, first, last in [('Log10', (0, 192), None),
                                   ('CosineLaw', (362 * 0.5 ** 0.5 / 1.5, 192 - 192 * (math.pi / 2 + 0.25) / 2.25),
                                    (362 * 1.5 ** 0.5 / 1.5, 192 - 192 * 0.25 / 2.25))]:
-            path = re.search(r'class="c1" d="M(.*?) "', ARTICLES[name])[1]
-            points = [tuple(map(float, point.split())) for point in path.split('L')]
+            points = self.points(name)
             self.assertAlmostEqual(points[0][0], first[0], delta=0.2)
             self.assertGreater(points[0][1], first[1] - 1)
             if last:

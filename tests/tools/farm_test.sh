@@ -37,10 +37,7 @@ chmod +x "$scratch/bin/sbatch" "$scratch/bin/mpirun"
 cd "$scratch/a farm"
 cp -R "$source/examples/farm" "$source/examples/noise.json" .
 nodus eval noise.json --frames 0:999 --out single.csv
-awk -v name="$scratch/recipe" '
-    $0 == "```sh" { file = name "." ++count; next }
-    /^```/ { file = "" }
-    file { print > file }' "$source/docs/farm.md"
+blocks farm.md sh recipe
 count=0
 for recipe in "$scratch"/recipe.*; do
     rm -rf noise.csv noise.csv.parts
