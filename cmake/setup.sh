@@ -13,7 +13,7 @@ benchmark="$run valgrind python3 python3-matplotlib time
     libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libmpfr-dev libstb-dev"
 
 crossing="cmake ninja-build googletest nlohmann-json3-dev libfmt-dev dpkg-dev"
-aarch64="$test g++-aarch64-linux-gnu libfmt-dev:arm64 libdeflate-dev:arm64 libmpfr-dev:arm64 libpng-dev:arm64
+aarch64="$test g++-aarch64-linux-gnu libfmt-dev:arm64 libdeflate-dev:arm64 libpng-dev:arm64
     libtbb-dev:arm64"
 riscv64="$crossing g++-riscv64-linux-gnu qemu-user"
 wasm="$crossing emscripten libfast-float-dev"
