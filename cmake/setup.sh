@@ -5,7 +5,8 @@
 # the exit status is 1 when something is missing.
 set -eu
 
-run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libdeflate-dev"
+run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libdeflate-dev zlib1g-dev
+    libzip-dev"
 test="$run googletest libgmp-dev musl-dev qemu-user clang clang-format clang-tidy
     libclang-rt-14-dev binutils valgrind pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db
     parallel openmpi-bin python3 python3-numpy python3-pil python3-selenium chromium chromium-driver"
@@ -13,8 +14,8 @@ benchmark="$run valgrind python3 python3-matplotlib time
     libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libmpfr-dev libstb-dev"
 
 crossing="cmake ninja-build googletest nlohmann-json3-dev libfmt-dev dpkg-dev"
-aarch64="$test g++-aarch64-linux-gnu libfmt-dev:arm64 libdeflate-dev:arm64 libpng-dev:arm64
-    libtbb-dev:arm64"
+aarch64="$test g++-aarch64-linux-gnu libfmt-dev:arm64 libdeflate-dev:arm64 libtbb-dev:arm64
+    libzip-dev:arm64 zlib1g-dev:arm64"
 riscv64="$crossing g++-riscv64-linux-gnu qemu-user"
 wasm="$crossing emscripten libfast-float-dev"
 # Who has node from elsewhere keeps it; that one brings npm along.

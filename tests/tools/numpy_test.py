@@ -1,6 +1,7 @@
 # Arrays of NumPy go in and come out: what numpy.save writes nodus reads, and numpy.load the other way.
 import os
 import unittest
+import zipfile
 
 import numpy as np
 
@@ -70,6 +71,78 @@ class Arrays(CommandTest):
         self.assertEqual(self.evaluate(graph=TEXT),
                          (2, "nodus: output 't.result' is a text, for which an .npy file has no room\n"))
         self.assertFalse((self.folder / 'out.npy').exists())
+
+
+class Archives(CommandTest):
+    def evaluate(self, *options, graph=GRAPH):
+        ran = nodus('eval', self.write('g.json', graph), *options, cwd=self.folder)
+        return ran.status, ran.error
+
+    # Columns alone and as lanes of a vector come in, an array for each output goes out, and in again. Above 250,000
+    # rows they wait in a file.
+    def test_go_in_and_come_out(self):
+        place = GRAPH.replace('"x"', '"place.x"').replace('"y"', '"place.y"').replace('"on"', '"gr\u00f6\u00dfe"')
+        again = ('{"nodes": {"a": {"type": "Abs_Float", "inputs": {"value": {"column": "v.result.z"}}}}, '
+                 '"outputs": ["a"]}')
+        for rows, save, types in [
+            (300000, np.savez, PLAIN),
+            (0, np.savez, PLAIN),
+            (5000, np.savez_compressed, [('y', '>f8'), ('on', 'u1'), ('x', 'f8'), ('n', '>i2'), ("it's", '<i8')]),
+        ]:
+            data = table(rows, types)
+            vector = np.stack([data['x'], data['y']], axis=1)
+            save(self.folder / 'in.npz', place=vector, n=data['n'],
+                 **{"it's": data["it's"], 'gr\u00f6\u00dfe': data['on']})
+            for out, *options in ('out.npz',), ('other.npz', '--threads', '3', '--one-by-one'):
+                self.assertEqual(self.evaluate('--data', 'in.npz', '--out', out, *options, graph=place), (0, ''))
+            files = self.files()
+            self.assertEqual(files['out.npz'], files['other.npz'])
+            with zipfile.ZipFile(self.folder / 'out.npz') as file:
+                self.assertIsNone(file.testzip())
+            out = np.load(self.folder / 'out.npz')
+            self.assertEqual(out.files, ['frame', 'v.result', 'd.result', 'n.result', 'u.result', 'b.result'])
+            v = np.ones((rows, 3), 'f4')
+            v[:, :2] = vector.astype('f4') + np.array([0.5, 0], 'f4')
+            for name, array in {'frame': np.arange(rows, dtype='i4'), 'v.result': v, 'b.result': data['on'] == 0,
+                                'n.result': (data['n'] + np.arange(rows)).astype('i4')}.items():
+                self.assertEqual((out[name].shape, out[name].dtype, out[name].tobytes()),
+                                 (array.shape, array.dtype, array.tobytes()), name)
+            self.assertEqual(self.evaluate('--data', 'out.npz', '--out', 'again.npz', graph=again), (0, ''))
+            self.assertEqual(np.load(self.folder / 'again.npz')['a.result'].tobytes(), v[:, 2].tobytes())
+
+    def refused(self, told):
+        self.assertEqual(self.evaluate('--data', 'in.npz', '--out', 'no.npz'), (2, f'nodus: {told}\n'))
+        self.assertFalse((self.folder / 'no.npz').exists())
+
+    def test_what_is_wrong_is_told(self):
+        file = self.folder / 'in.npz'
+        self.refused('cannot read in.npz: No such file')
+        for more, told in [
+            ({'z': np.zeros(4)}, "array 'z': has 4 rows, 'x' has 3"),
+            ({'z': np.array(['a'] * 3)}, "array 'z': its type is '<U1'; a column is b1, i1 to i8, u1 to u8, f4 or f8"),
+            ({'z': np.zeros(3, [('a', 'f4')])},
+             "array 'z': is no array of numbers; structured arrays are for .npy"),
+            ({'z': 1.0}, "array 'z': wants one dimension, the rows, or two, not 0"),
+            ({'z': np.zeros((3, 5))},
+             "array 'z': has 5 numbers a row; a vector has 1 to 4, 12 (TQS) or 16 (Matrix4x4)"),
+            ({'z': np.asfortranarray(np.zeros((3, 2)))},
+             "array 'z': is in Fortran's order; save numpy.ascontiguousarray of it"),
+            ({'p': np.zeros((3, 2)), 'p.x': np.zeros(3)}, "columns 3 and 5 have the same name 'p.x'"),
+        ]:
+            np.savez(file, x=np.zeros(3), y=np.zeros(3), **more)
+            self.refused('in.npz: ' + told)
+        with zipfile.ZipFile(file, 'w') as archive:
+            archive.writestr('read.me', '')
+        self.refused("in.npz: its member 'read.me' is no array (.npy)")
+
+        np.savez(file, **{name: np.arange(3000) % 2 for name in ('x', 'y', 'n', "it's", 'on')})
+        whole = bytearray(file.read_bytes())
+        # The last number of the array in the middle.
+        whole[whole.index(b"it's.npy") - 40] ^= 1
+        file.write_bytes(whole)
+        self.refused("in.npz: array 'n': CRC error")
+        file.write_bytes(whole[:9000])
+        self.refused('cannot read in.npz: Not a zip archive')
 
 
 unittest.main(verbosity=0)

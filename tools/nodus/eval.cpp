@@ -184,15 +184,16 @@ Command addEval(CLI::App& app, Shared const& shared)
         command
             ->add_option(
                 "--data", options->data,
-                "The table with the graph's columns, a .csv file or a structured array of NumPy\n"
-                "(.npy): frame N reads row N, counted from 0. - is CSV on standard input.")
+                "The table with the graph's columns: a .csv file, a structured array of NumPy\n"
+                "(.npy) or an archive of arrays (.npz). Frame N reads row N, counted from 0.\n"
+                "- is CSV on standard input.")
             ->type_name("TABLE");
     CLI::Option* const out =
         command
             ->add_option("--out", options->out,
                          "Where the results go: a .csv file, a .jsonl file with an object for each "
                          "frame, or\n"
-                         "an .npy file for NumPy. It appears whole or not at all.\n"
+                         "an .npy or .npz file for NumPy. It appears whole or not at all.\n"
                          "Without it, or with -: CSV on standard output.")
             ->type_name("FILE");
     CLI::Option* const log =

@@ -3,6 +3,7 @@
 
 #include "nodus/host/evaluator.h"
 #include "nodus/host/frame_log.h"
+#include "tables/npz_writer.h"
 
 #include <tbb/enumerable_thread_specific.h>
 #include <tbb/global_control.h>
@@ -88,6 +89,8 @@ public:
         if (isArray && !m_options.results->mayRewrite())
             throw Fault(m_options.results->name() +
                         ": wants a file, since the number of rows is written when all are");
+        if (m_options.format == ResultFormat::npz)
+            m_archive.emplace(m_writer.columns(), *m_options.results);
         m_options.results->write(m_writer.header());
         tbb::global_control const limit(tbb::global_control::max_allowed_parallelism,
                                         m_options.threads);
@@ -110,6 +113,8 @@ public:
         m_faults.throwIfAny();
         if (isArray)
             m_options.results->rewrite(0, m_writer.header(m_done));
+        if (m_archive)
+            m_archive->finish();
         return m_done;
     }
 
@@ -204,7 +209,10 @@ private:
             collect(batch.faults);
             return;
         }
-        m_options.results->write(batch.results.view());
+        if (m_archive)
+            m_archive->write(batch.results.view());
+        else
+            m_options.results->write(batch.results.view());
         if (m_options.log != nullptr && batch.log.size() != 0) {
             if (m_options.beforeLog)
                 m_options.beforeLog();
@@ -245,6 +253,7 @@ private:
     bool m_isRead = false;
     // The writer's own, except that the others may look whether it still makes sense to go on.
     std::mutex m_writerTurn;
+    std::optional<NpzWriter> m_archive;
     std::uint64_t m_done = 0;
     Diagnostics m_faults;
     std::atomic<bool> m_isFaulty = false, m_hasEnoughFaults = false;

@@ -1,12 +1,12 @@
-// The beginning of a NumPy file (.npy): a structured array, one field a column. The format is that
-// of numpy.lib.format, versions 1 to 3.
+// The beginning of an array as NumPy saves it (.npy). The format is that of numpy.lib.format,
+// versions 1 to 3.
 #pragma once
 
-#include "nodus/host/input_file.h"
 #include "nodus/host/value_types.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -29,15 +29,25 @@ struct NpyHeader {
     std::uint64_t rows = 0;
 };
 
-// Reads up to the first record. Throws Fault: no such file, an array without fields, or fields that
-// are no numbers.
-NpyHeader readNpyHeader(InputFile& file);
+// Up to so many bytes, as many as there are now; 0 at the end.
+using ReadBytes = std::function<std::size_t(char*, std::size_t)>;
 
-// Of records in this machine's byte order, without padding; as long for any number of rows.
+// Read up to the first record. Throw Fault, in front of which name stands: no such array, or fields
+// that are no numbers.
+// Of a structured array, a field for each column.
+NpyHeader readRecordsHeader(ReadBytes const& read, std::string const& name);
+// Of an array of numbers, with one dimension or two: a field for each number of a row. Those of a
+// vector are called as lanes are: "position.x".
+NpyHeader readArrayHeader(ReadBytes const& read, std::string const& name, std::string const& array);
+
 struct NpyColumn {
     std::string name;
     TypeId type;  // of a number
+    std::size_t lanes = 1;
 };
-std::string npyHeader(std::vector<NpyColumn> const& columns, std::uint64_t rows);
+// Of records in this machine's byte order, without padding; as long for any number of rows.
+std::string recordsHeader(std::vector<NpyColumn> const& columns, std::uint64_t rows);
+// Of one column alone.
+std::string arrayHeader(NpyColumn const& column, std::uint64_t rows);
 
 }  // namespace nodus::host

@@ -79,36 +79,57 @@ template <typename To, typename From> bool store(From number, std::byte* to)
 
 }  // namespace
 
-NpyRecords::NpyRecords(std::string const& path)
-    : m_file(path), m_header(readNpyHeader(m_file)),
-      m_capacity(std::max(kBufferSize, m_header.recordSize)), m_buffer(new char[m_capacity])
-{
-}
-
-double NpyRecords::fractionRead() const
+double Records::fractionRead() const
 {
     return m_header.rows == 0 ? 0.0
                               : static_cast<double>(m_row) / static_cast<double>(m_header.rows);
+}
+
+RowBuffer::RowBuffer(ReadBytes read, std::size_t rowSize, std::size_t capacity)
+    : m_read(std::move(read)), m_rowSize(rowSize), m_capacity(std::max(capacity, rowSize)),
+      m_bytes(new char[m_capacity])
+{
+}
+
+char const* RowBuffer::next()
+{
+    while (m_end - m_begin < m_rowSize) {
+        std::memmove(m_bytes.get(), m_bytes.get() + m_begin, m_end - m_begin);
+        m_end -= m_begin;
+        m_begin = 0;
+        std::size_t const got = m_read(m_bytes.get() + m_end, m_capacity - m_end);
+        if (got == 0)
+            return nullptr;
+        m_end += got;
+    }
+    char const* const row = m_bytes.get() + m_begin;
+    m_begin += m_rowSize;
+    return row;
+}
+
+bool RowBuffer::isAtEnd()
+{
+    char further = 0;
+    return m_begin == m_end && m_read(&further, 1) == 0;
+}
+
+NpyRecords::NpyRecords(std::string const& path) : m_file(path)
+{
+    ReadBytes const read = [this](char* to, std::size_t size) { return m_file.read(to, size); };
+    m_header = readRecordsHeader(read, m_file.name());
+    m_rows.emplace(read, m_header.recordSize, kBufferSize);
 }
 
 bool NpyRecords::next(TextBuffer* to)
 {
     if (m_row == m_header.rows)
         return false;
-    std::size_t const size = m_header.recordSize;
-    while (m_end - m_begin < size) {
-        std::memmove(m_buffer.get(), m_buffer.get() + m_begin, m_end - m_begin);
-        m_end -= m_begin;
-        m_begin = 0;
-        std::size_t const got = m_file.read(m_buffer.get() + m_end, m_capacity - m_end);
-        if (got == 0)
-            throw Fault(m_file.name() + ": ends in row " + std::to_string(m_row) + " of " +
-                        std::to_string(m_header.rows));
-        m_end += got;
-    }
+    char const* const row = m_rows->next();
+    if (row == nullptr)
+        throw Fault(m_file.name() + ": ends in row " + std::to_string(m_row) + " of " +
+                    std::to_string(m_header.rows));
     if (to != nullptr)
-        to->append({m_buffer.get() + m_begin, size});
-    m_begin += size;
+        to->append({row, m_header.recordSize});
     ++m_row;
     return true;
 }

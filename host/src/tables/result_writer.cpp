@@ -40,7 +40,9 @@ ResultFormat resultFormatOf(std::string const& path)
         return ResultFormat::jsonLines;
     if (extension == ".npy")
         return ResultFormat::npy;
-    throw Fault(path + ": results are written as .csv, .jsonl or .npy");
+    if (extension == ".npz")
+        return ResultFormat::npz;
+    throw Fault(path + ": results are written as .csv, .jsonl, .npy or .npz");
 }
 
 std::string csvField(std::string_view text)
@@ -102,6 +104,7 @@ ResultWriter::ResultWriter(Plan const& plan, ResultFormat format) : m_format(for
 {
     bool const isCsv = format == ResultFormat::csv;
     m_header = isCsv ? "frame" : "";
+    m_columns.push_back({"frame", TypeId::Int32});
     m_start = isCsv ? "" : "{\"frame\":";
     for (PlanOutput const& output : plan.outputs)
         addCells(output);
@@ -112,32 +115,33 @@ ResultWriter::ResultWriter(Plan const& plan, ResultFormat format) : m_format(for
         m_fixedSize += cell.before.size() + 32;
 }
 
+ResultWriter::~ResultWriter() = default;
+
 std::string ResultWriter::header(std::uint64_t rows) const
 {
-    if (m_format != ResultFormat::npy)
-        return m_header;
-    std::vector<NpyColumn> columns{{"frame", TypeId::Int32}};
-    for (Cell const& cell : m_cells)
-        columns.push_back({cell.name, cell.type});
-    return npyHeader(columns, rows);
+    return m_format == ResultFormat::npy ? recordsHeader(m_columns, rows) : m_header;
 }
 
 void ResultWriter::addCells(PlanOutput const& output)
 {
     ValueType const& type = *output.type;
     bool const isTqs = type.id == TypeId::TQS;
+    bool const isArray = m_format == ResultFormat::npy || m_format == ResultFormat::npz;
+    if (isArray && type.id == TypeId::String)
+        throw Fault("output '" + output.name + "' is a text, for which " +
+                    (m_format == ResultFormat::npy ? "an .npy" : "an .npz") + " file has no room");
     for (std::size_t lane = 0; lane < type.laneNames.size(); ++lane) {
         std::string_view const name = type.laneNames[lane];
-        Cell cell{output.place, type.lane, "", ""};
+        Cell cell{output.place, type.lane, ""};
         cell.place.offset += static_cast<std::uint32_t>(lane * type.laneSize);
         if (m_format == ResultFormat::csv) {
             m_header += "," + csvField(laneName(output, name));
             cell.before = ",";
-        } else if (m_format == ResultFormat::npy) {
-            if (type.id == TypeId::String)
-                throw Fault("output '" + output.name +
-                            "' is a text, for which an .npy file has no room");
-            cell.name = laneName(output, name);
+        } else if (isArray) {
+            if (m_format == ResultFormat::npy)
+                m_columns.push_back({laneName(output, name), type.lane});
+            else if (lane == 0)
+                m_columns.push_back({output.name, type.lane, type.laneNames.size()});
         } else if (lane == 0) {
             cell.before = m_end + "," + jsonText(output.name) + ":";
             cell.before += isTqs ? "{\"t\":[" : type.isScalar() ? "" : "[";
@@ -172,7 +176,7 @@ void ResultWriter::append(Evaluator const& evaluator, std::size_t i, std::int32_
                           TextBuffer& to) const
 {
     to.reserve(m_fixedSize);
-    if (m_format == ResultFormat::npy)
+    if (m_format == ResultFormat::npy || m_format == ResultFormat::npz)
         return appendRecord(evaluator, i, frame, to);
     to.appendUnchecked(m_start);
     to.appendNumberUnchecked(frame);

@@ -6,26 +6,47 @@
 
 #include "csv_fields.h"
 #include "npy_records.h"
+#include "npz_records.h"
 
 namespace nodus::host {
 
-TableReader::TableReader(std::string const& path) : m_name(inputName(path))
+namespace {
+
+std::unique_ptr<Records> recordsOf(std::string const& path)
 {
-    if (std::filesystem::path(path).extension() == ".npy") {
-        m_records = std::make_unique<NpyRecords>(path);
+    auto const extension = std::filesystem::path(path).extension();
+    if (extension == ".npy")
+        return std::make_unique<NpyRecords>(path);
+    if (extension == ".npz")
+        return std::make_unique<NpzRecords>(path);
+    return nullptr;
+}
+
+}  // namespace
+
+TableReader::TableReader(std::string const& path)
+    : m_name(inputName(path)), m_records(recordsOf(path))
+{
+    if (m_records != nullptr)
         for (NpyField const& field : *fields())
             m_columns.push_back(field.name);
-        return;
-    }
-    m_lines.emplace(path, LineEnds::outsideQuotes);
-    readHeader();
+    else
+        readHeader(path);
+    Diagnostics diagnostics;
+    std::unordered_map<std::string_view, std::size_t> first;
+    for (std::size_t i = 0; i < m_columns.size(); ++i)
+        if (auto const [known, isNew] = first.emplace(m_columns[i], i); !isNew)
+            diagnostics.add(name() + (m_records != nullptr ? ": columns " : ":1: columns ") +
+                            std::to_string(known->second + 1) + " and " + std::to_string(i + 1) +
+                            " have the same name '" + m_columns[i] + "'");
+    diagnostics.throwIfAny();
 }
 
 TableReader::~TableReader() = default;
 
 std::vector<NpyField> const* TableReader::fields() const
 {
-    return m_records != nullptr ? &m_records->header().fields : nullptr;
+    return m_records != nullptr ? &m_records->fields() : nullptr;
 }
 
 double TableReader::fractionRead() const
@@ -33,8 +54,9 @@ double TableReader::fractionRead() const
     return m_records != nullptr ? m_records->fractionRead() : m_lines->fractionRead();
 }
 
-void TableReader::readHeader()
+void TableReader::readHeader(std::string const& path)
 {
+    m_lines.emplace(path, LineEnds::outsideQuotes);
     m_lines->skipByteOrderMark();
     auto const line = nextLine();
     if (!line || line->text.empty())
@@ -45,13 +67,6 @@ void TableReader::readHeader()
         m_columns.emplace_back(walk.field());
     if (walk.isBroken())
         throw Fault(name() + ":1: a quoted name does not end, or goes on behind its quote");
-    Diagnostics diagnostics;
-    std::unordered_map<std::string_view, std::size_t> first;
-    for (std::size_t i = 0; i < m_columns.size(); ++i)
-        if (auto const [known, isNew] = first.emplace(m_columns[i], i); !isNew)
-            diagnostics.add(name() + ":1: columns " + std::to_string(known->second + 1) + " and " +
-                            std::to_string(i + 1) + " have the same name '" + m_columns[i] + "'");
-    diagnostics.throwIfAny();
 }
 
 // A line may end in CR LF.

@@ -1,5 +1,5 @@
-// Results: CSV with a column a lane, JSON lines with a member a port, or a structured array of
-// NumPy with a field a lane.
+// Results: CSV with a column a lane, JSON lines with a member a port, a structured array of NumPy
+// with a field a lane, or an archive of NumPy with an array a port.
 #pragma once
 
 #include "nodus/host/evaluator.h"
@@ -13,10 +13,12 @@
 
 namespace nodus::host {
 
-enum class ResultFormat { csv, jsonLines, npy };
+struct NpyColumn;
 
-// By the extension of the file: ".csv", ".jsonl" or ".npy"; CSV for "-". Throws Fault for any
-// other.
+enum class ResultFormat { csv, jsonLines, npy, npz };
+
+// By the extension of the file: ".csv", ".jsonl", ".npy" or ".npz"; CSV for "-". Throws Fault for
+// any other.
 ResultFormat resultFormatOf(std::string const& path);
 
 // Immutable; any number of threads may write with it. The plan outlives it.
@@ -24,12 +26,16 @@ class ResultWriter {
 public:
     // Throws Fault for a text where the format has no room for any.
     ResultWriter(Plan const& plan, ResultFormat format);
+    ~ResultWriter();
 
-    // What comes before the lines: nothing for JSON lines; of an array as long for any number of
-    // rows, so that it may be written again when they are known.
+    // What comes before the lines: nothing for JSON lines and archives; of an array as long for any
+    // number of rows, so that it may be written again when they are known.
     std::string header(std::uint64_t rows = 0) const;
 
-    // Appends the line of frame i of the evaluator's last block.
+    // What the records of an array, or of an archive's arrays, are made of.
+    std::vector<NpyColumn> const& columns() const { return m_columns; }
+
+    // Appends the line, or record, of frame i of the evaluator's last block.
     void append(Evaluator const& evaluator, std::size_t i, std::int32_t frame,
                 TextBuffer& to) const;
 
@@ -41,7 +47,6 @@ private:
         Place place;
         TypeId type;         // of the lane
         std::string before;  // what stands between the lane before and this one
-        std::string name;    // of an array's field
     };
 
     void addCells(PlanOutput const& output);
@@ -52,6 +57,7 @@ private:
 
     ResultFormat m_format;
     std::vector<Cell> m_cells;
+    std::vector<NpyColumn> m_columns;
     std::string m_header, m_start, m_end;
     std::size_t m_fixedSize = 0;  // room for a line without its texts
 };

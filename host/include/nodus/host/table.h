@@ -1,4 +1,4 @@
-// Tables, read as a stream: CSV files with a header line, and structured arrays of NumPy (.npy).
+// Tables, read as a stream: CSV files with a header line, and arrays of NumPy (.npy, .npz).
 #pragma once
 
 #include "nodus/host/diagnostics.h"
@@ -17,7 +17,7 @@
 
 namespace nodus::host {
 
-class NpyRecords;
+class Records;
 struct NpyField;
 
 // Rows as they stand in the file, copied out of the reader.
@@ -47,14 +47,15 @@ struct TableRows {
 class TableReader {
 public:
     // Opens the file and reads the header: at least one column, no two of one name. A path that
-    // ends in ".npy" is an array with a field for each column.
+    // ends in ".npy" is an array with a field for each column, one that ends in ".npz" an archive
+    // with an array for each column or vector.
     // path: "-" for standard input.
     explicit TableReader(std::string const& path);
     ~TableReader();
 
     // What messages call the file.
     std::string const& name() const { return m_name; }
-    // Of an array, whose rows are records; null for others.
+    // Of arrays, whose rows are records; null for others.
     std::vector<NpyField> const* fields() const;
     std::vector<std::string> const& columns() const { return m_columns; }
     std::uint64_t rowsRead() const { return m_rowsRead; }
@@ -70,11 +71,11 @@ public:
 private:
     std::optional<LineReader::Line> nextLine();
     std::optional<LineReader::Line> nextRow();
-    void readHeader();
+    void readHeader(std::string const& path);
 
     std::string m_name;
+    std::unique_ptr<Records> m_records;  // in place of the lines
     std::optional<LineReader> m_lines;
-    std::unique_ptr<NpyRecords> m_records;  // in place of the lines
     std::vector<std::string> m_columns;
     std::uint64_t m_rowsRead = 0;
     // Blank lines are rows only when a row follows.
