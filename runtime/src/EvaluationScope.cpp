@@ -1,5 +1,6 @@
 // The calling thread's evaluation: current frame and local services.
 #include "nodus/runtime/EvaluationScope.h"
+#include "Evaluation.h"
 #include "nodus/runtime/CurrentFrame.h"
 #include "nodus/runtime/LocalServiceTable.h"
 
@@ -22,6 +23,11 @@ LogService::~LogService() = default;
 std::int32_t GetCurrentFrame() noexcept { return t_evaluation.frame; }
 
 LocalServiceTable const* GetLocalServiceTable() noexcept { return t_evaluation.services; }
+
+void setEvaluation(std::int32_t frame, LocalServiceTable const* services) noexcept
+{
+    t_evaluation = {frame, services};
+}
 
 EvaluationScope::EvaluationScope(std::int32_t frame, LocalServiceTable const* services) noexcept
     : m_frame(&t_evaluation.frame), m_outerFrame(t_evaluation.frame),
