@@ -104,21 +104,16 @@ std::string portsText(Types const& types, Ports ports, bool areInputs)
     return text;
 }
 
-int describe(std::string const& name, Shared const& shared)
+std::string describe(Environment const& environment, host::Family const& family,
+                     NodeType const* type)
 {
-    Environment const environment(shared);
-    host::Catalogue const& catalogue = environment.catalogue();
-    NodeType const* const type = catalogue.find(name);
-    host::Family const* const family =
-        type != nullptr ? type->family : catalogue.findFamily(host::withoutKernelAffixes(name));
-    if (family == nullptr)
-        throw host::Fault("unknown node type '" + name + "'" + catalogue.suggestion(name));
-
-    Types const types = type != nullptr ? Types{type} : family->nodeTypes;
+    Types const types = type != nullptr ? Types{type} : family.nodeTypes;
     std::string text =
-        fmt::format("{}: {}\n", type != nullptr ? type->name : family->name, family->doc);
-    if (!family->edges.empty())
-        text += family->edges + "\n";
+        fmt::format("{}: {}\n", type != nullptr ? type->name : family.name, family.doc);
+    if (!family.edges.empty())
+        text += family.edges + "\n";
+    if (!environment.ownerOf(family).empty())
+        text += "Of the module " + types.front()->module->path() + ".\n";
     text += "\n";
     if (type == nullptr && types.size() > 1) {
         text += "node types\n";
@@ -131,6 +126,24 @@ int describe(std::string const& name, Shared const& shared)
     text += "outputs\n" + portsText(types, &NodeType::outputs, false);
     if (!types.front()->workspace.empty())
         text += "\nThe host keeps a workspace for each node of this type.\n";
+    return text;
+}
+
+int describe(std::string const& name, Shared const& shared)
+{
+    Environment const environment(shared);
+    host::Catalogue const& catalogue = environment.catalogue();
+    std::string text;
+    if (NodeType const* const type = catalogue.find(name)) {
+        text = describe(environment, *type->family, type);
+    } else {
+        // Modules may have families of the same name, with types of their own.
+        for (host::Family const& family : catalogue.families())
+            if (family.name == host::withoutKernelAffixes(name))
+                text += (text.empty() ? "" : "\n") + describe(environment, family, nullptr);
+        if (text.empty())
+            throw host::Fault("unknown node type '" + name + "'" + catalogue.suggestion(name));
+    }
     print(text);
     return 0;
 }

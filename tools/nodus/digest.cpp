@@ -16,7 +16,7 @@ int digest(std::string const& seedText, Shared const& shared)
                                                reinterpret_cast<std::byte*>(&seed));
     if (!wrong.empty())
         throw host::Fault("--seed: " + wrong);
-    Environment const environment(shared);
+    Environment const environment(modulePaths(shared));
     print(host::digestReport(environment.catalogue(), seed));
     return 0;
 }

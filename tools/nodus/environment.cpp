@@ -7,6 +7,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <filesystem>
 
 namespace nodus::tools {
@@ -15,34 +16,52 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The build tree has the module in lib, an installation among the modules.
-std::string moduleBesideCommand()
+constexpr std::string_view kOurs = "libnodusmath.so";
+
+// The build tree has the module in lib, an installation among the modules. Where it is in neither,
+// nothing, and what was tried.
+std::optional<std::string> moduleBesideCommand(std::string& tried)
 {
     fs::path const bin = fs::read_symlink("/proc/self/exe").parent_path();
-    std::string tried;
-    for (char const* const place :
-         {"../lib/libnodusmath.so", NODUS_LIBRARIES "/nodus/modules/libnodusmath.so"}) {
-        fs::path const path = (bin / place).lexically_normal();
+    for (char const* const folder : {"../lib", NODUS_LIBRARIES "/nodus/modules"}) {
+        fs::path const path = (bin / folder / kOurs).lexically_normal();
         if (fs::exists(path))
             return path.string();
         tried += (tried.empty() ? "" : " nor ") + path.string();
     }
-    throw host::Fault("no module: neither " + tried + " is there; say where it is with --module");
+    return std::nullopt;
 }
 
 }  // namespace
 
 std::vector<std::string> modulePaths(Shared const& shared)
 {
-    return !shared.modules.empty() ? shared.modules
-                                   : std::vector<std::string>{moduleBesideCommand()};
+    if (!shared.modules.empty())
+        return shared.modules;
+    std::string tried;
+    auto const ours = moduleBesideCommand(tried);
+    if (!ours)
+        throw host::Fault("no module: neither " + tried +
+                          " is there; say where it is with --module");
+    return {*ours};
 }
 
-Environment::Environment(Shared const& shared)
+std::vector<std::string> joinedModulePaths(Shared const& shared)
+{
+    std::vector<std::string> paths = modulePaths(shared);
+    std::string tried;
+    auto const isOurs = [](std::string const& path) { return fs::path(path).filename() == kOurs; };
+    if (std::ranges::none_of(paths, isOurs))
+        if (auto const ours = moduleBesideCommand(tried))
+            paths.insert(paths.begin(), *ours);
+    return paths;
+}
+
+Environment::Environment(std::vector<std::string> const& paths)
 {
     host::Diagnostics diagnostics;
     std::vector<host::Module const*> loaded;
-    for (std::string const& path : modulePaths(shared)) {
+    for (std::string const& path : paths) {
         try {
             loaded.push_back(m_modules.emplace_back(std::make_unique<host::Module>(path)).get());
         } catch (host::Fault const& fault) {
@@ -51,6 +70,11 @@ Environment::Environment(Shared const& shared)
     }
     diagnostics.throwIfAny();
     m_catalogue.emplace(loaded);
+}
+
+std::string Environment::ownerOf(host::Family const& family) const
+{
+    return m_modules.size() < 2 ? "" : family.nodeTypes.front()->module->name();
 }
 
 void print(std::string_view text)

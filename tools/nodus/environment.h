@@ -14,20 +14,26 @@
 
 namespace nodus::tools {
 
-// Loads the modules that were asked for, or the one beside the command. Throws host::Fault.
+// The modules that were asked for, or the one beside the command. Throws host::Fault.
+std::vector<std::string> modulePaths(Shared const& shared);
+// With the one beside the command in front, unless one of its name was asked for.
+std::vector<std::string> joinedModulePaths(Shared const& shared);
+
+// Loads modules and joins their catalogues. Throws host::Fault.
 class Environment {
 public:
-    explicit Environment(Shared const& shared);
+    explicit Environment(Shared const& shared) : Environment(joinedModulePaths(shared)) {}
+    explicit Environment(std::vector<std::string> const& paths);
 
     host::Catalogue const& catalogue() const { return *m_catalogue; }
+
+    // The name of the module that has the family; empty when there is only one module.
+    std::string ownerOf(host::Family const& family) const;
 
 private:
     std::vector<std::unique_ptr<host::Module>> m_modules;
     std::optional<host::Catalogue> m_catalogue;
 };
-
-// The modules that were asked for, or the one beside the command. Throws host::Fault.
-std::vector<std::string> modulePaths(Shared const& shared);
 
 // Writes to standard output. Throws host::Fault when nobody can take it, host::ClosedPipe when
 // nobody wants it.

@@ -141,17 +141,20 @@ std::vector<Family const*> search(host::Catalogue const& catalogue, Words const&
                       (words.size() == 1 ? host::didYouMean(all, known) : ""));
 }
 
-std::string entryText(Family const& family)
+std::string entryText(Environment const& environment, Family const& family)
 {
+    std::string const owner = environment.ownerOf(family);
     std::string types;
     for (host::NodeType const* const type : family.nodeTypes)
         types += (types.empty() ? "" : " ") + type->suffix;
-    std::string text = fmt::format("  {:<28} {}\n", family.name, family.doc);
+    std::string text = fmt::format("  {:<28} {}{}\n", family.name, family.doc,
+                                   owner.empty() ? "" : " (" + owner + ")");
     return types.empty() ? text : text + fmt::format("  {:<28}   {}\n", "", types);
 }
 
-std::string byGroup(host::Catalogue const& catalogue)
+std::string byGroup(Environment const& environment)
 {
+    host::Catalogue const& catalogue = environment.catalogue();
     std::string text;
     std::vector<std::string> told;
     for (Family const& first : catalogue.families()) {
@@ -161,7 +164,7 @@ std::string byGroup(host::Catalogue const& catalogue)
         text += (text.empty() ? "" : "\n") + first.group + "\n";
         for (Family const& family : catalogue.families())
             if (family.group == first.group)
-                text += entryText(family);
+                text += entryText(environment, family);
     }
     return text;
 }
@@ -176,13 +179,13 @@ int list(Words const& filter, Shared const& shared)
         for (std::string word; text >> word;)
             words.push_back(word);
     }
-    std::string text = words.empty() ? byGroup(catalogue) : "";
+    std::string text = words.empty() ? byGroup(environment) : "";
     if (!words.empty()) {
         auto const found = search(catalogue, words);
         if (found.empty())
             complainOf(catalogue, words);
         for (Family const* const family : found)
-            text += entryText(*family);
+            text += entryText(environment, *family);
     }
     print(text);
     return 0;
@@ -201,11 +204,13 @@ Command addList(CLI::App& app, Shared const& shared)
         "beginning of a word of the name (QuatArcRotate has three), of a search word or of a\n"
         "type. From four letters on it also matches any part of the name, and the beginning\n"
         "of a word of the group, of the description or of a port.");
-    command->footer("A node type is a name and one of its types: Add and Float3 are Add_Float3.\n\n"
-                    "Examples:\n  nodus list log\n  nodus list rotate vector\n\n"
-                    "Exit status:\n"
-                    "  0  there are such node types\n"
-                    "  2  there are none, or a module cannot be loaded");
+    command->footer(
+        "A node type is a name and one of its types: Add and Float3 are Add_Float3. Where several\n"
+        "modules are loaded, the one that has it stands behind each description.\n\n"
+        "Examples:\n  nodus list log\n  nodus list rotate vector\n\n"
+        "Exit status:\n"
+        "  0  there are such node types\n"
+        "  2  there are none, or a module cannot be loaded");
     return {command, [words, &shared] { return list(*words, shared); }};
 }
 

@@ -89,8 +89,9 @@ int run(int argc, char** argv)
     nodus::tools::Shared shared;
     app.add_option(
            "--module", shared.modules,
-           "A module to load, with its catalogue beside it. It may be given more than once.\n"
-           "Without it: the module of this installation, libnodusmath.so.")
+           "A module to load, with its catalogue beside it, besides the module of this\n"
+           "installation, libnodusmath.so; one of that name is loaded in its place. It may be\n"
+           "given more than once, and graphs may use nodes of all.")
         ->type_name("FILE")
         ->take_all();
 
