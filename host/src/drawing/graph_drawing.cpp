@@ -1,19 +1,15 @@
 // Drawing graphs: tables for the nodes, small shapes for sources and results, edges between ports.
 #include "nodus/host/graph_drawing.h"
 
-#include "nodus/host/diagnostics.h"
-#include "nodus/host/literals.h"
-#include "nodus/host/result_writer.h"
+#include "constant_text.h"
+#include "labels.h"
 
 #include <algorithm>
-#include <cstring>
 #include <set>
 
 namespace nodus::host {
 
 namespace {
-
-constexpr std::string_view kInk = "#1f2933", kQuiet = "#8b95a1", kFrame = "#aab4bf";
 
 // Wide letters: a viewer without this font takes a narrower one, and nothing is cut off.
 constexpr std::string_view kHead = R"(
@@ -21,77 +17,6 @@ constexpr std::string_view kHead = R"(
   node [shape=plain, fontname="DejaVu Sans,Verdana,sans-serif", fontsize=11, fontcolor="#1f2933"]
   edge [arrowsize=0.55, penwidth=1.4]
 )";
-
-// One colour for what is alike: it stands on white, and as a tint behind dark text.
-std::string_view colourOf(ValueType const& type)
-{
-    switch (type.id) {
-    case TypeId::Bool:
-        return "#c2410c";
-    case TypeId::UInt8:
-    case TypeId::Int32:
-    case TypeId::UInt32:
-        return "#0f766e";
-    case TypeId::Float:
-    case TypeId::Double:
-        return "#2563eb";
-    case TypeId::Float2:
-    case TypeId::Float3:
-    case TypeId::Float4:
-    case TypeId::Translation:
-        return "#7c3aed";
-    case TypeId::Color:
-        return "#b45309";
-    case TypeId::Quaternion:
-        return "#be185d";
-    case TypeId::Matrix4x4:
-    case TypeId::Mat44Float:
-        return "#4d7c0f";
-    case TypeId::TQS:
-        return "#0e7490";
-    case TypeId::String:
-        return "#57534e";
-    }
-    return kInk;
-}
-
-// Text as a label of HTML's kind takes it: a backslash alone may begin an escape.
-std::string escaped(std::string_view text)
-{
-    std::string safe;
-    for (char const c : markupText(printable(text)))
-        safe.append(c == '\\' ? 2 : 1, c);
-    return safe;
-}
-
-// An attribute's value. HTML's characters have a meaning in tooltips, too.
-std::string quoted(std::string_view text)
-{
-    std::string between(1, '"');
-    return between.append(escaped(text)).append(1, '"');
-}
-
-std::string coloured(std::string_view text, std::string_view colour, int size = 11)
-{
-    return "<FONT COLOR=\"" + std::string(colour) + "\" POINT-SIZE=\"" + std::to_string(size) +
-           "\">" + escaped(text) + "</FONT>";
-}
-
-constexpr std::string_view kLeft = "ALIGN=\"LEFT\"", kRight = "ALIGN=\"RIGHT\"";
-
-std::string cell(std::string const& content, std::string_view attributes = kLeft)
-{
-    return "<TD " + std::string(attributes) + ">" + content + "</TD>";
-}
-
-std::string typeText(ValueType const& type) { return coloured(type.name, colourOf(type), 9); }
-
-// A piece of a block: a port, a part or a lane. The type tells a value from its first lane.
-struct Spot {
-    std::size_t offset;
-    TypeId type;
-    auto operator<=>(Spot const&) const = default;
-};
 
 std::string portId(char side, Spot const& spot)
 {
@@ -259,64 +184,6 @@ private:
                                     : cell(typeText(valueType(spot.type)), kRight)) +
                                cell(coloured(pieceName(port, spot), kInk, 10), kRight) +
                                mark('o', spot, true));
-    }
-
-    // What is not fed. Pieces that are stand there with their names.
-    static std::string constantText(GraphNode const& node, Port const& port,
-                                    std::set<Spot> const& fed)
-    {
-        ValueType const& type = *port.type;
-        std::byte const* const bytes = node.constants.data() + port.offset;
-        auto const known =
-            std::ranges::find(node.texts, port.offset, [](auto const& text) { return text.first; });
-        std::string const text = known == node.texts.end() ? "" : known->second;
-        bool const isStandard = fed.empty() && text == port.standard.text &&
-                                (type.id == TypeId::String ||
-                                 std::memcmp(bytes, port.standard.bytes.data(), type.size) == 0);
-        std::string_view const colour = isStandard ? kQuiet : kInk;
-        if (type.id == TypeId::String)
-            return coloured(shortened(jsonText(text), 40), colour, 10);
-        if (type.isScalar())
-            return coloured(valueText(type, bytes, {}), colour, 10);
-        Value const neutral = neutralValue(type);
-        bool const hasIdentity = neutral.bytes != std::array<std::byte, 64>{};
-        if (hasIdentity && fed.empty() && std::memcmp(bytes, neutral.bytes.data(), type.size) == 0)
-            return coloured("identity", colour, 10);
-        return lanesText(port, bytes, fed, colour);
-    }
-
-    // In lines of four lanes where there are more.
-    static std::string lanesText(Port const& port, std::byte const* bytes,
-                                 std::set<Spot> const& fed, std::string_view colour)
-    {
-        ValueType const& type = *port.type;
-        std::size_t const inLine = std::min<std::size_t>(type.laneNames.size(), 4);
-        std::string lines;
-        bool hasConstant = false;
-        for (std::size_t first = 0; first < type.laneNames.size(); first += inLine) {
-            std::string line;
-            bool isWorthIt = type.id != TypeId::TQS;
-            for (std::size_t lane = first; lane < first + inLine; ++lane) {
-                bool const isFed =
-                    fed.contains({port.offset + lane * type.laneSize, type.lane}) ||
-                    (type.id == TypeId::TQS && fed.contains({port.offset + first * type.laneSize,
-                                                             partsOfTqs()[first / inLine].type}));
-                hasConstant = hasConstant || !isFed;
-                isWorthIt = isWorthIt || !isFed;
-                std::string const own(type.laneNames[lane]);
-                line += (lane == first ? "" : ", ") +
-                        (isFed ? own.substr(own.find('.') + 1)
-                               : valueText(valueType(type.lane), bytes + lane * type.laneSize, {}));
-            }
-            std::string before =
-                type.id == TypeId::TQS ? std::string(partsOfTqs()[first / inLine].name) + " " : "";
-            if (isWorthIt)
-                lines += (lines.empty() ? "" : "<BR ALIGN=\"LEFT\"/>") +
-                         coloured(before.append("(").append(line).append(")"), colour, 10);
-        }
-        if (!hasConstant)
-            return "";
-        return lines.find("<BR") == lines.npos ? lines : lines + "<BR ALIGN=\"LEFT\"/>";
     }
 
     Graph const& m_graph;
