@@ -1,7 +1,8 @@
 // Small help for reading a catalogue's "reference" and writing HTML.
 #include "markup.h"
 
-#include <algorithm>
+#include "files/members.h"
+
 #include <charconv>
 
 namespace nodus::reference {
@@ -61,9 +62,8 @@ void refuseUnknownKeys(JsonValue const& object, std::vector<std::string_view> co
                        std::string const& origin)
 {
     for (std::string const& key : object.keys)
-        if (std::ranges::find(known, key) == known.end())
-            throw host::Fault(origin + ": unknown key '" + key + "'; it may have " +
-                              host::alternatives(known));
+        if (std::string const why = host::whyUnknown(key, known); !why.empty())
+            throw host::Fault(origin + ": " + why);
 }
 
 }  // namespace nodus::reference

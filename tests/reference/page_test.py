@@ -39,7 +39,11 @@ class Page(unittest.TestCase):
             rows = re.findall(r'<tr><td><code>(\w+)</code>', ARTICLES[family['name']])
             ports = [port['name'] for port in family['inputs'] + family['outputs']]
             self.assertEqual(rows, ports, family['name'])
-            self.assertIn(html.escape(family['edges'], quote=False), ARTICLES[family['name']])
+            for text in family['edges'], family['doc']:
+                self.assertGreater(len(text), 4)
+                self.assertIn(html.escape(text, quote=False), ARTICLES[family['name']])
+            for port in family['inputs'] + family['outputs']:
+                self.assertTrue(not port['name'].startswith('angle') or port['unit'] == 'rad', family['name'])
         listed = re.findall(r'NODUS_\w+\((\w+)\)', (BUILD / 'modules/nodusmath/kernel_list/kernels.def').read_text())
         shown = re.findall(r'<li><code>(\w+)</code>', ' '.join(ARTICLES.values()))
         # The logging kernels have no underscore between family and type.
@@ -133,7 +137,7 @@ class WrongCatalogue(unittest.TestCase):
         for change, *words in [
             (lambda catalogue: of(catalogue, 'Slerp').pop('reference'), "nodusmath.json:1: Slerp: 'reference' is missing"),
             (lambda catalogue: catalogue['groups'].pop(), "LogValue: 'groups' has no 'diagnostics'"),
-            (node('Add', tpyo=1), "nodusmath.json:1: Add: unknown key 'tpyo'"),
+            (node('Add', tpyo=1), "nodusmath.json:1: Add: unknown member 'tpyo'"),
             (node('Add', see=['Plus']), "Add, see: there is no family 'Plus'"),
             (node('Add', example={'type': 'Sub_Float'}), 'Add, example: has no node of the family'),
             (node('Add', example={'type': 'Add_Float', 'inputs': {'c': 1}}), 'Add, example', "no input 'c'"),
