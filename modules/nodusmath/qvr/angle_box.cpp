@@ -5,6 +5,7 @@
 #include "qvr/angle_box.h"
 
 #include "qvr/circular.h"
+#include "qvr/nearest_found.h"
 #include "qvr/swing_curve.h"
 #include "qvr/turns.h"
 
@@ -54,7 +55,7 @@ class Best {
 public:
     // Begins with what comes of clamping the angles of q: all there is to do inside, and the
     // nearest or next to it where q is hardly outside.
-    Best(Box const& box, Quatd const& q) noexcept : m_box(box), m_q(q)
+    Best(Box const& box, Quatd const& q) noexcept : m_box(box), m_nearest(q)
     {
         forBranches(box.order, anglesOf(box.order, q), [&](Eulerd const& branch) {
             Eulerd const triple{clampedInto(box.ranges[0], branch.x, 1),
@@ -65,10 +66,10 @@ public:
     }
 
     // The triple with its free angles brought into their ranges; closeness is the cosine of half
-    // the angle that is left, of either sign. It cannot tell small angles from each other.
+    // the angle that is left, of either sign.
     void offer(Eulerd triple, bool const (&isFree)[3], double closeness) noexcept
     {
-        if (magnitude(closeness) < m_closeness - 0x1p-45)
+        if (!m_nearest.mayBeNearer(magnitude(closeness)))
             return;
         for (int axis = 0; axis < 3; ++axis)
             if (isFree[axis] &&
@@ -77,7 +78,7 @@ public:
         take(triple, rotationOf(m_box.order, triple));
     }
     Eulerd const& triple() const noexcept { return m_triple; }
-    double left() const noexcept { return m_left; }
+    double left() const noexcept { return m_nearest.left(); }
 
 private:
     // In a period of the angles about Y and Z.
@@ -85,19 +86,13 @@ private:
 
     void take(Eulerd const& triple, Quatd const& rotation) noexcept
     {
-        double const left = angleBetween(m_q, rotation);
-        if (!(left < m_left))
-            return;
-        m_triple = triple;
-        m_left = left;
-        m_closeness = magnitude(m_q.x * rotation.x + m_q.y * rotation.y + m_q.z * rotation.z +
-                                m_q.w * rotation.w);
+        if (m_nearest.take(rotation))
+            m_triple = triple;
     }
 
     Box const& m_box;
-    Quatd const& m_q;
+    NearestFound m_nearest;
     Eulerd m_triple{kNothing, kNothing, kNothing};
-    double m_closeness = -1, m_left = std::numeric_limits<double>::infinity();
 };
 
 // Orders 0 to 11. The scalar product of q with the quaternion of a triple is linear in sine and
@@ -196,10 +191,10 @@ private:
         // a from b's range, and a turn more or less.
         double const end1 = sign * (known - ofB.lowest), end2 = sign * (known - ofB.highest);
         double const low = std::min(end1, end2), high = std::max(end1, end2);
-        for (double turn = wholeNear((ofA.lowest - high) / kTurn) - 1;
-             low + turn * kTurn <= ofA.highest; turn += 1) {
-            double const begin = std::max(ofA.lowest, low + turn * kTurn);
-            double const end = std::min(ofA.highest, high + turn * kTurn);
+        double const firstTurn = wholeNear((ofA.lowest - high) / kTurn) - 1;
+        for (int i = 0; low + (firstTurn + i) * kTurn <= ofA.highest; ++i) {
+            double const begin = std::max(ofA.lowest, low + (firstTurn + i) * kTurn);
+            double const end = std::min(ofA.highest, high + (firstTurn + i) * kTurn);
             if (begin > end)
                 continue;
             a = 0.5 * (begin + end);

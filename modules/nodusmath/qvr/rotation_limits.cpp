@@ -4,6 +4,7 @@
 
 #include "qvr/angle_box.h"
 #include "qvr/error_free.h"
+#include "qvr/nearest_found.h"
 #include "qvr/swing_curve.h"
 #include "qvr/turns.h"
 
@@ -225,11 +226,11 @@ Quatd together(double twist, double y, double z, double w) noexcept
 class NearestInside {
 public:
     NearestInside(TwistSwingLimits const& limits, Cone const& cone, Quatd const& q) noexcept
-        : m_twist(angleBox::withUsableEnds(limits.twist)), m_q(q)
+        : m_twist(angleBox::withUsableEnds(limits.twist)), m_nearest(q)
     {
         // Twist and swing clamped: the nearest or next to it where q is hardly outside.
         take(limits.soften(q, 0));
-        if (m_left <= kWithin)
+        if (m_nearest.left() <= kWithin)
             return;
         Cone::Samples samples;
         cone.sample(samples);
@@ -261,28 +262,21 @@ public:
     Quatd const& rotation() const noexcept { return m_best; }
 
 private:
-    // closeness is the cosine of half the angle that is left, which cannot tell small ones from
-    // each other.
+    // closeness is the cosine of half the angle that is left.
     void offer(double twist, double y, double z, double w, double closeness) noexcept
     {
-        if (closeness >= m_closeness - 0x1p-45 && angleBox::bringInto(m_twist, twist))
+        if (m_nearest.mayBeNearer(closeness) && angleBox::bringInto(m_twist, twist))
             take(together(twist, y, z, w));
     }
     void take(Quatd const& rotation) noexcept
     {
-        double const left = angleBetween(m_q, rotation);
-        if (!(left < m_left))
-            return;
-        m_best = rotation;
-        m_left = left;
-        m_closeness = magnitude(m_q.x * rotation.x + m_q.y * rotation.y + m_q.z * rotation.z +
-                                m_q.w * rotation.w);
+        if (m_nearest.take(rotation))
+            m_best = rotation;
     }
 
     Range m_twist;
-    Quatd const& m_q;
+    NearestFound m_nearest;
     Quatd m_best = kNowhere;
-    double m_closeness = -1, m_left = kInfinity;
 };
 
 }  // namespace
