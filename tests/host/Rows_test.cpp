@@ -192,18 +192,6 @@ TEST(RowPlan, EvaluatesNoMoreThanIsNeeded)
     EXPECT_NE(outputOf(3), outputOf(4));
 }
 
-TEST(RowPlan, FaultsOfTheTableDoNotDependOnWhoNeedsIt)
-{
-    std::vector<std::string> const columns{"x", "n"};
-    Graph const graph = graphOf(R"({"nodes": {
-        "unused": {"type": "Add_Int32", "inputs": {"a": {"column": "n"}}},
-        "used":   {"type": "Add_Float", "inputs": {"a": {"column": "x"}}}}, "outputs": ["used"]})",
-                                {"t.csv", &columns});
-    for (Plan const& plan : {compile(graph), compileRows(graph)})
-        EXPECT_EQ(faultsOf([&] { resultsOf(plan, 1, "x,n\n1,1.5\n"); }),
-                  "t.csv:2: column 'n': '1.5' is not a whole number\n");
-}
-
 TEST(Arrays, AreReadAndWrittenWhereverTheyLie)
 {
     constexpr std::size_t kRows = 5000;

@@ -36,6 +36,7 @@ int firstCalls(unsigned seed)
     float seen[kThreads][kValues];
     {
         std::vector<std::jthread> threads;
+        threads.reserve(kThreads);
         for (int thread = 0; thread < kThreads; ++thread)
             threads.emplace_back([&line, &seen, thread] {
                 line.arrive_and_wait();

@@ -95,6 +95,7 @@ TEST(LogValueThreads, SharedStringsStayBalanced)
     Listener listener;
     constexpr int kThreads = 8, kRounds = 500;
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread)
         threads.emplace_back([&] {
             EvaluationScope const scope(0, &listener.services);

@@ -24,6 +24,10 @@ DRAWN = ['pixel_y:e -> node0:i4_4:w', 'current_frame:e -> node0:i16_2:w', 'colum
          r'>&quot;x&lt;y&gt; \\&quot;q\\&quot;\\n\\\\N&quot;<', '>identity<']
 
 
+def with_path(path):
+    return {'env': {**os.environ, 'PATH': str(path)}}
+
+
 class Show(CommandTest):
     def drawing(self, graph):
         """Of dot, from the graph in its language."""
@@ -61,8 +65,8 @@ class Show(CommandTest):
         self.addCleanup(os.close, keyboard)
         self.addCleanup(os.close, screen)
         for words, options, told in [
-            (['show', graph, '-o', out], {'env': {'PATH': '/nowhere'}}, 'install the package graphviz'),
-            (['show', graph, '-o', out], {'env': {'PATH': self.folder}}, 'could not draw the graph: so sad'),
+            (['show', graph, '-o', out], with_path('/nowhere'), 'install the package graphviz'),
+            (['show', graph, '-o', out], with_path(self.folder), 'could not draw the graph: so sad'),
             (['show', graph, '-o', self.folder / 'x.jpg'], {}, '.svg, .png, .pdf or .dot'),
             (['show', graph], {'stdout': screen}, 'a terminal shows no pictures'),
             (['eval', clouds, '--image', '-'], {'stdout': screen}, 'a terminal shows no pict'),
@@ -73,7 +77,7 @@ class Show(CommandTest):
             self.assertEqual(out.read_text(), 'as it was')
         self.assertTrue(nodus('eval', clouds, '--image', '-').out.startswith('\udc89PNG'))
         # Graphviz's language needs no Graphviz.
-        self.assertEqual(nodus('show', graph, '-o', self.folder / 'x.dot', env={'PATH': '/nowhere'}).error, '')
+        self.assertEqual(nodus('show', graph, '-o', self.folder / 'x.dot', **with_path('/nowhere')).error, '')
 
 
 unittest.main(verbosity=0)
