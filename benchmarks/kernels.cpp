@@ -54,7 +54,7 @@ template <std::size_t bytes> void move(std::byte* to, std::byte const* from)
 std::size_t cachedNodes(host::NodeType const& type)
 {
     std::size_t const node = 2 * type.inputExtent + type.outputExtent + type.workspaceExtent;
-    return std::clamp<std::size_t>(16 * 1024 / node, 16, 128);
+    return std::clamp<std::size_t>(std::size_t{16} * 1024 / node, 16, 128);
 }
 
 // What one measurement calls, with blocks of its own.

@@ -99,7 +99,7 @@ constexpr ShortSteps shortSteps()
 }
 inline constexpr ShortSteps kShortSteps = shortSteps();
 static_assert(kShortSteps.by[kReach] == 1 && kShortSteps.by[kReach - 1] == kInverse &&
-              kShortSteps.by[0] * kShortSteps.by[2 * kReach] == 1);
+              kShortSteps.by[0] * kShortSteps.by[kReach + kReach] == 1);
 
 // A state, 1 modulo 4, and the 30-bit number which stands for it.
 QVR_INLINE constexpr std::int32_t valueOf(State state) noexcept

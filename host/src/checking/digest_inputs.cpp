@@ -15,6 +15,8 @@ namespace {
 
 constexpr float kInf = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr double kWideInf = std::numeric_limits<double>::infinity();
+constexpr double kWideNan = std::numeric_limits<double>::quiet_NaN();
 constexpr float kSignalling = std::numeric_limits<float>::signaling_NaN();
 constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
 
@@ -57,10 +59,10 @@ constexpr double kDoubles[] = {0.0,
                                -0.5,
                                1.5,
                                2.0,
-                               kInf,
-                               -kInf,
-                               kNan,
-                               -kNan,
+                               kWideInf,
+                               -kWideInf,
+                               kWideNan,
+                               -kWideNan,
                                0x1p-1074,
                                -0x1p-1074,
                                0x1p-1022,

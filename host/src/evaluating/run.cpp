@@ -65,8 +65,8 @@ public:
         // Enough work to make handing over cheap, little enough to bound memory and latency.
         std::size_t const work =
             plan.steps.size() + plan.rowSteps.size() / kRowsAreFaster + 4 * plan.outputs.size() + 4;
-        std::size_t const byWork = std::size_t{256 * 1024} / work;
-        std::size_t const bySize = std::size_t{512 * 1024} / m_writer.typicalLine();
+        std::size_t const byWork = std::size_t{256} * 1024 / work;
+        std::size_t const bySize = std::size_t{512} * 1024 / m_writer.typicalLine();
         m_batchFrames = std::clamp(std::min(byWork, bySize), std::size_t{1}, std::size_t{2048});
         // Whole blocks, where there is more than one.
         if (m_batchFrames > plan.framesPerBlock)

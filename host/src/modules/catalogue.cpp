@@ -92,7 +92,7 @@ std::string Catalogue::suggestion(std::string_view name) const
     std::vector<std::string_view> types, families;
     for (NodeType const& type : m_nodeTypes)
         types.push_back(type.name);
-    if (std::string const near = didYouMean(wrong, types); !near.empty())
+    if (std::string near = didYouMean(wrong, types); !near.empty())
         return near;
     for (Family const& family : m_families)
         families.push_back(family.name);

@@ -86,11 +86,11 @@ void CatalogueReader::readFamily(JsonValue const& json)
         return;
     }
     JsonValue const* const separator = json.member("separator");
-    std::string const between = separator != nullptr ? separator->text : "_";
+    std::string const start = family.name + (separator != nullptr ? separator->text : "_");
     if (json.member("types") == nullptr)
         readNodeType(json, family, family.name, "");
     for (std::string const& suffix : textList(json, "types"))
-        readNodeType(json, family, family.name + between + suffix, suffix);
+        readNodeType(json, family, start + suffix, suffix);
 }
 
 void CatalogueReader::readNodeType(JsonValue const& json, Family& family, std::string name,

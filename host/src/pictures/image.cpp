@@ -56,7 +56,8 @@ std::uint32_t levelOf(float value, ValueRange map, float most)
     // The comparisons are written so that NaN is black.
     float const cut = level > 0.0f ? (level < 1.0f ? level : 1.0f) : 0.0f;
     // To the nearest, halves up: in Double the sum is exact.
-    return static_cast<std::uint32_t>(static_cast<std::int32_t>(double{cut * most} + 0.5));
+    constexpr double kHalf = 0.5;
+    return static_cast<std::uint32_t>(static_cast<std::int32_t>(double{cut * most} + kHalf));
 }
 
 // Every NaN is the same one: its sign says nothing and may differ between equal results.

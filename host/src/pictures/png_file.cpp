@@ -74,7 +74,7 @@ std::string pngFile(PngPixels const& pixels)
     header += pixels.channels == 1 ? kGrey : kColourAndAlpha;
     header += std::string(3, '\0');  // the only compression, the only filters, not interlaced
     addChunk(file, "IHDR", header);
-    addChunk(file, "sRGB", std::string_view("", 1));  // perceptual
+    addChunk(file, "sRGB", std::string_view("\0", 1));  // perceptual
     for (std::size_t begin = 0; begin < data.size(); begin += kLargestChunk)
         addChunk(file, "IDAT", std::string_view(data).substr(begin, kLargestChunk));
     addChunk(file, "IEND", {});

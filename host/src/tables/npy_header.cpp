@@ -243,12 +243,12 @@ std::string file(std::string text)
 {
     bool const isPlain =
         std::ranges::none_of(text, [](char c) { return static_cast<unsigned char>(c) > 126; });
-    char const version = !isPlain ? 3 : text.size() > UINT16_MAX - kAlignment ? 2 : 1;
+    int const version = !isPlain ? 3 : text.size() > UINT16_MAX - kAlignment ? 2 : 1;
     std::size_t const before = version == 1 ? 10 : 12;
     std::size_t const whole = before + text.size() + 1;
     text += std::string((kAlignment - whole % kAlignment) % kAlignment, ' ') + '\n';
     std::string header(kMagic);
-    header += version;
+    header += static_cast<char>(version);
     header += '\0';
     for (std::size_t shift = 0; shift < 8 * (before - 8); shift += 8)
         header += static_cast<char>(text.size() >> shift & 0xFF);

@@ -29,7 +29,7 @@ template <typename T> T load(char const* record, NpyField const& field)
     return std::bit_cast<T>(bytes);
 }
 
-// Calls work with the number, in its own type.
+// Calls work with the number, in its own type; a byte is a number, too, and no character.
 template <typename Work> auto withNumber(char const* record, NpyField const& field, Work work)
 {
     using Kind = NpyField::Kind;
@@ -39,8 +39,8 @@ template <typename Work> auto withNumber(char const* record, NpyField const& fie
     bool const isSigned = field.kind == Kind::whole;
     switch (field.size) {
     case 1:
-        return isSigned ? work(load<std::int8_t>(record, field))
-                        : work(load<std::uint8_t>(record, field));
+        return isSigned ? work(std::int16_t{load<std::int8_t>(record, field)})
+                        : work(std::int16_t{load<std::uint8_t>(record, field)});
     case 2:
         return isSigned ? work(load<std::int16_t>(record, field))
                         : work(load<std::uint16_t>(record, field));
@@ -161,8 +161,6 @@ std::string numberText(char const* record, NpyField const& field)
         char digits[32];
         if constexpr (std::is_floating_point_v<decltype(number)>)
             return std::string(digits, writeShortest(digits, number));
-        else if constexpr (sizeof number == 1)  // a byte is a number, too
-            return std::string(digits, std::to_chars(digits, std::end(digits), int{number}).ptr);
         else
             return std::string(digits, std::to_chars(digits, std::end(digits), number).ptr);
     });

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace nodus::host {
 
@@ -69,7 +70,7 @@ template <typename Real> char* write(char* to, Real value)
         return writeWhole(to, value);
     int const whole = count + decimal.exponent;
     if (whole <= 0) {
-        std::memcpy(to, "0.000000", 8);
+        std::string_view("0.000000").copy(to, 8);
         to += 2 - whole;
         copy(0, count);
         return to;

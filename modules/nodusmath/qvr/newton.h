@@ -99,9 +99,11 @@ Polynomial<degree - 1> withoutRoot(Polynomial<degree> const& p, double x) noexce
 {
     int join = 0;
     double largest = 0, power = 1;
-    for (int i = degree; i >= 0; --i, power *= magnitude(x))
+    for (int i = degree; i >= 0; --i) {
         if (magnitude(p.c[i]) * power > largest)
             largest = magnitude(p.c[i]) * power, join = i;
+        power *= magnitude(x);
+    }
     Polynomial<degree - 1> quotient;
     double value = 0;
     for (int i = 0; i < join; ++i)

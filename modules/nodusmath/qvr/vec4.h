@@ -9,7 +9,8 @@
 
 namespace qvr {
 
-static_assert(sizeof(_vec4) == 16 && alignof(_vec4) == 16);
+static_assert(sizeof(_vec4) == 16);
+static_assert(alignof(_vec4) == 16);
 
 // A constant by its four bit patterns, from lane 0 to lane 3; one object for each distinct pattern.
 template <std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t w> class _simd_const {
