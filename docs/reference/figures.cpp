@@ -63,17 +63,26 @@ std::string label(Axis const& axis, double value)
     return (value < 0 && !isZero ? "−" : "") + text;
 }
 
+// The multiples of a step along an axis.
+std::vector<double> placesOf(Axis const& axis, double step)
+{
+    double const first = std::ceil(axis.from / step);
+    std::vector<double> places;
+    for (int i = 0; (first + i) * step <= axis.to + 1e-9; ++i)
+        places.push_back((first + i) * step);
+    return places;
+}
+
 std::string marks(Axis const& x, Axis const& y, std::string_view yUnit)
 {
     std::string lines, labels;
-    double const xStep = stepOf(x, 8), yStep = stepOf(y, 5);
-    for (double at = std::ceil(x.from / xStep) * xStep; at <= x.to + 1e-9; at += xStep) {
+    for (double const at : placesOf(x, stepOf(x, 8))) {
         double const px = kLeft + kFieldWidth * x.fraction(at);
         lines += fmt::format("M{:.1f} {}V{}", px, kTop, kTop + kFieldHeight);
         labels += fmt::format("<text x=\"{:.1f}\" y=\"{}\" text-anchor=\"middle\">{}</text>", px,
                               kHeight - 9, label(x, at));
     }
-    for (double at = std::ceil(y.from / yStep) * yStep; at <= y.to + 1e-9; at += yStep) {
+    for (double const at : placesOf(y, stepOf(y, 5))) {
         double const py = kTop + kFieldHeight * (1 - y.fraction(at));
         lines += fmt::format("M{} {:.1f}H{}", kLeft, py, kLeft + kFieldWidth);
         labels += fmt::format("<text x=\"{}\" y=\"{:.1f}\" text-anchor=\"end\">{}{}</text>",

@@ -8,8 +8,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
-#include <cstring>
+#include <cstdint>
 #include <limits>
 
 using namespace nodus::test;
@@ -20,7 +22,11 @@ namespace {
 constexpr double kNothing = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-bool areSameBits(Quatd const& a, Quatd const& b) { return std::memcmp(&a, &b, sizeof a) == 0; }
+bool areSameBits(Quatd const& a, Quatd const& b)
+{
+    using Bits = std::array<std::uint64_t, 4>;
+    return std::bit_cast<Bits>(a) == std::bit_cast<Bits>(b);
+}
 
 Range rangeIn(Random& random)
 {
@@ -155,8 +161,8 @@ TEST(Softened, ValuesSlowDownBeforeTheEnd)
     for (double const softness : {0.05, 0.5, 1.0}) {
         constexpr double kStep = 0x1p-12;
         double slope = 1;
-        for (double v = 1; v < 9; v += kStep) {
-            double const from = softened(v, range, softness),
+        for (int i = 0; i < 8 / kStep; ++i) {
+            double const v = 1 + i * kStep, from = softened(v, range, softness),
                          to = softened(v + kStep, range, softness);
             ASSERT_TRUE(isIn(range, from));
             // Symmetric; unchanged up to where the soft part begins.
