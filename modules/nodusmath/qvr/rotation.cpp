@@ -109,7 +109,7 @@ struct Sequence {
     }
     Eulerd angles(AxisOrder const& order) const noexcept
     {
-        double lanes[3];
+        double lanes[3] = {};
         lanes[order.first] = wrapped(order.sign * 0.5 * (sum - difference));
         lanes[order.second] = middle;
         lanes[order.third] = wrapped(0.5 * (sum + difference));
