@@ -1,7 +1,6 @@
 // The exception flags of the processor beside the values of a call.
 #include "exceptions.h"
 
-#include "floating_point.h"
 #include "modules/load.h"
 
 #include <cmath>
@@ -36,12 +35,17 @@ template <typename Is> bool anyLane(std::vector<Port> const& ports, std::byte co
 
 }  // namespace
 
-bool raisedWithoutNeed(std::vector<Port> const& inputs, std::byte const* in,
-                       std::vector<Port> const& outputs, std::byte const* out, bool mayDivideByZero)
+bool raisedWithoutNeed(ProcessorState const& after, std::vector<Port> const& inputs,
+                       std::byte const* in, std::vector<Port> const& outputs, std::byte const* out,
+                       bool mayDivideByZero)
 {
-    return (raisedInvalid() || (!mayDivideByZero && raisedDivisionByZero())) &&
-           !anyLane(inputs, in, [](double value) { return !(std::abs(value) < 0x1p30); }) &&
-           !anyLane(outputs, out, [](double value) { return !std::isfinite(value); });
+    if (anyLane(inputs, in, [](double value) { return !(std::abs(value) < 0x1p30); }) ||
+        anyLane(outputs, out, [](double value) { return !std::isfinite(value); }))
+        return false;
+    return after.invalid || (after.dividesByZero && !mayDivideByZero) ||
+           (after.overflows && !anyLane(inputs, in, [](double value) {
+                return value != 0 && std::abs(value) < 0x1p-30;
+            }));
 }
 
 }  // namespace nodus::host

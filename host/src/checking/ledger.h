@@ -16,9 +16,10 @@ namespace nodus::host {
 inline constexpr std::size_t kLargestBlock = std::size_t{16} * 1024;
 inline constexpr std::size_t kMostPorts = 64;
 inline constexpr std::size_t kMostFaults = 4096;
-inline constexpr std::size_t kLanes = 3;  // the main thread, and two more
+inline constexpr std::size_t kThreads = 8;
+inline constexpr std::size_t kLanes = 1 + kThreads;  // the main thread, and others
 
-enum class Phase : std::uint32_t { loading, trying, unloading, finished, refused };
+enum class Phase : std::uint32_t { loading, trying, unloading, reloading, finished, refused };
 
 // The call that a thread is about to make, or makes. Written by that thread alone.
 struct CallInProgress {

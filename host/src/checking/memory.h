@@ -15,24 +15,26 @@ struct Zone {
     std::byte* block;
 };
 
-// Pages that can be written, with one before and one behind them that cannot even be read.
+// Pages that can be written, with many before and behind them that cannot even be read: what
+// reaches far beyond a block meets no neighbour. They take addresses, but no memory.
 class GuardedPages {
 public:
     static constexpr std::size_t kPage = 4096;
     static constexpr std::size_t kAlignment = 16;
     static constexpr std::size_t kAround = 64;
+    static constexpr std::size_t kReserve = std::size_t{16} << 20;
 
     explicit GuardedPages(std::size_t size) : m_size((size + kAround + kPage - 1) / kPage * kPage)
     {
-        void* const pages =
-            ::mmap(nullptr, m_size + 2 * kPage, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        void* const pages = ::mmap(nullptr, m_size + 2 * kReserve, PROT_NONE,
+                                   MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
         if (pages == MAP_FAILED)
             throw std::bad_alloc();
-        m_begin = static_cast<std::byte*>(pages) + kPage;
+        m_begin = static_cast<std::byte*>(pages) + kReserve;
         if (::mprotect(m_begin, m_size, PROT_READ | PROT_WRITE) != 0)
             throw std::bad_alloc();
     }
-    ~GuardedPages() { ::munmap(m_begin - kPage, m_size + 2 * kPage); }
+    ~GuardedPages() { ::munmap(m_begin - kReserve, m_size + 2 * kReserve); }
     GuardedPages(GuardedPages const&) = delete;
     GuardedPages& operator=(GuardedPages const&) = delete;
 

@@ -2,7 +2,6 @@
 #include "subject.h"
 
 #include "exceptions.h"
-#include "floating_point.h"
 
 #include "nodus/runtime/EvaluationScope.h"
 
@@ -102,7 +101,7 @@ Checks Caller::run(Placing placing, Outcome& outcome)
 
 Checks Caller::runWithUsedWorkspace(Outcome& outcome)
 {
-    constexpr Placing kPlacing{true, std::byte{0x3C}};
+    constexpr Placing kPlacing{true, std::byte{0x3C}, std::byte{0x3C}};
     Checks const seen =
         runAt(m_in.last(m_subject.type->inputExtent), m_out.last(m_subject.outputExtent()),
               m_usedWorkspace.last(m_subject.type->workspaceExtent), kPlacing, !m_isUsed, outcome);
@@ -156,7 +155,7 @@ void Caller::takeOutcome(Zone const& out, Outcome& outcome)
 
 void Caller::fillOutput(Zone const& out, Placing placing) const
 {
-    std::memset(out.begin, std::to_integer<int>(placing.fill), out.size);
+    std::memset(out.begin, std::to_integer<int>(placing.outputFill), out.size);
     if (!placing.fillsOutputs)
         for (Port const& port : m_subject.outputs())
             std::memset(out.block + port.offset, 0, port.type->size);
@@ -167,8 +166,8 @@ void Caller::fillOutput(Zone const& out, Placing placing) const
 Checks Caller::runAt(Zone const& in, Zone const& out, Zone const& workspace, Placing placing,
                      bool initialise, Outcome& outcome)
 {
-    std::byte const fill = placing.fill;
-    fillInput(in, fill);
+    std::byte const fill = placing.outputFill;
+    fillInput(in, placing.inputFill);
     m_before.assign(in.begin, in.begin + in.size);
     fillOutput(out, placing);
     if (m_subject.hasWorkspace() && initialise)
@@ -182,16 +181,17 @@ Checks Caller::runAt(Zone const& in, Zone const& out, Zone const& workspace, Pla
     };
     {
         runtime::EvaluationScope const scope(m_call.frame, &m_services);
-        ControlState const before = controlState();
         clearExceptions();
+        ProcessorState const before = processorState();
         invoke(in, out, workspace, initialise);
+        ProcessorState const after = processorState();
+        if (!after.hasControlOf(before) || !after.stackIsEmpty)
+            restoreProcessor(before);
+        note(Check::control, !after.hasControlOf(before));
+        note(Check::stack, !after.stackIsEmpty);
         note(Check::exceptions,
-             raisedWithoutNeed(m_subject.type->inputs, in.block, m_subject.outputs(), out.block,
-                               m_subject.type->family->mayDivideByZero));
-        if (ControlState const after = controlState(); !(after == before)) {
-            restore(before);
-            note(Check::control, true);
-        }
+             raisedWithoutNeed(after, m_subject.type->inputs, in.block, m_subject.outputs(),
+                               out.block, m_subject.type->family->mayDivideByZero));
     }
     note(Check::input, std::memcmp(in.begin, m_before.data(), in.size) != 0);
     note(Check::output, !isKept(out, m_subject.outputExtent(), m_outputGaps, fill));
@@ -205,6 +205,27 @@ Checks Caller::runAt(Zone const& in, Zone const& out, Zone const& workspace, Pla
         text->~String();
     }
     return seen;
+}
+
+void Caller::repeat(std::size_t count)
+{
+    Zone const in = m_in.last(m_subject.type->inputExtent);
+    Zone const out = m_out.last(m_subject.outputExtent());
+    constexpr Placing kPlacing{true, std::byte{0xA5}, std::byte{0xA5}};
+    fillInput(in, kPlacing.inputFill);
+    fillOutput(out, kPlacing);
+    {
+        runtime::EvaluationScope const scope(m_call.frame, &m_services);
+        ProcessorState const before = processorState();
+        for (std::size_t i = 0; i < count; ++i) {
+            invoke(in, out, m_workspace.last(m_subject.type->workspaceExtent), i == 0);
+            m_log.lines.clear();
+        }
+        restoreProcessor(before);
+    }
+    for (auto const& [zone, offsets] : {std::pair(&in, &m_inputTexts), {&out, &m_outputTexts}})
+        for (std::size_t const offset : *offsets)
+            std::launder(reinterpret_cast<String*>(zone->block + offset))->~String();
 }
 
 }  // namespace nodus::host

@@ -26,7 +26,7 @@ struct Subject {
     bool hasWorkspace() const { return !isInit && type->solveWithWorkspace != nullptr; }
 };
 
-using Checks = std::bitset<16>;
+using Checks = std::bitset<32>;
 
 // What a call gave: the bytes of its output ports, the texts of String outputs and of the log.
 struct Outcome {
@@ -39,7 +39,7 @@ struct Outcome {
 // ports are filled with it as well or with zeros, as a host does.
 struct Placing {
     bool atEnd;
-    std::byte fill;
+    std::byte inputFill, outputFill;
     bool fillsOutputs = false;
 };
 
@@ -53,6 +53,9 @@ public:
     Checks run(Placing placing, Outcome& outcome);
     // The same with the workspace of the calls before.
     Checks runWithUsedWorkspace(Outcome& outcome);
+
+    // Calls so many times, one after the other, and looks at nothing.
+    void repeat(std::size_t count);
 
     // How many references to sample texts there are more or less than there should be.
     static long strayReferences();

@@ -1,6 +1,7 @@
 // The process that stays: starts the one that tries, sees how it ends, and goes on behind the
 // kernel that ended it.
 #include "ledger.h"
+#include "memory.h"
 
 #include "nodus/host/diagnostics.h"
 
@@ -78,10 +79,16 @@ std::string wordsForAddress(Ledger const& ledger, CallInProgress const& call)
         std::uintptr_t begin;
         std::size_t extent;
     };
-    for (Block const& block : {Block{"input", call.inAddress, ledger.inputExtent},
-                               Block{"output", call.outAddress, ledger.outputExtent},
-                               Block{"workspace", call.workspaceAddress, ledger.workspaceExtent}}) {
-        constexpr std::uintptr_t kNear = 4096;
+    Block blocks[] = {{"input", call.inAddress, ledger.inputExtent},
+                      {"output", call.outAddress, ledger.outputExtent},
+                      {"workspace", call.workspaceAddress, ledger.workspaceExtent}};
+    // Of several, the one that it is nearest to.
+    auto const distance = [&](Block const& block) {
+        return address < block.begin ? block.begin - address : address - block.begin;
+    };
+    std::ranges::sort(blocks, {}, distance);
+    for (Block const& block : blocks) {
+        constexpr std::uintptr_t kNear = GuardedPages::kReserve;
         if (block.begin == 0)
             continue;
         if (address >= block.begin && address < block.begin + block.extent + kNear)
@@ -132,8 +139,10 @@ void tellHowItEnded(Ledger& ledger, bool isHanging, int status)
     CallInProgress const* const input = isTrying ? &call : nullptr;
     std::string const when = isTrying                           ? ""
                              : ledger.phase == Phase::unloading ? " while it is unloaded"
-                             : ledger.phase == Phase::finished  ? " when the process ends"
-                                                                : " while it is loaded";
+                             : ledger.phase == Phase::reloading
+                                 ? " while it is loaded and unloaded again and again"
+                             : ledger.phase == Phase::finished ? " when the process ends"
+                                                               : " while it is loaded";
     if (!isTrying)
         ledger.kernel[0] = '\0';
     if (isHanging)

@@ -22,7 +22,8 @@ float byteAt(void const* block, int i) { return static_cast<unsigned char const*
 void setX87(std::uint16_t control) { __asm__ volatile("fldcw %0" : : "m"(control)); }
 
 int volatile g_zero = 0;
-float volatile g_scrap = 0;
+float volatile g_scrap = 0, g_huge = 3e38f;
+float* volatile g_kept = new float[100];  // each time the module is loaded, for good
 float const* volatile g_null = nullptr;
 std::atomic<int> g_count = 0;
 
@@ -45,7 +46,7 @@ std::atomic<int> g_count = 0;
     }                                                                                              \
     void harm##name([[maybe_unused]] float const* in, [[maybe_unused]] float* out)
 
-// In the order of the table in Check_test.cpp.
+// In the order of the table in check_test.py.
 KERNEL(Sound) {}
 KERNEL(Null) { out[0] = std::isnan(in[2]) ? *g_null : in[0]; }
 KERNEL(Beyond) { out[3] = *const_cast<float const volatile*>(in + 4); }
@@ -67,12 +68,7 @@ BARE(Forgets) { in[0] < 0 ? void() : pass(in, out); }
 KERNEL(Counts) { out[0] = static_cast<float>(++g_count); }
 KERNEL(Address) { out[0] = static_cast<float>(reinterpret_cast<std::uintptr_t>(in) % 4096); }
 KERNEL(ReadsBetween) { out[0] = byteAt(in, 2); }  // UInt8 and Float4
-KERNEL(Threads)
-{
-    static thread_local int own;
-    static int* const first = &own;
-    out[0] = first == &own ? 1 : 2;
-}
+KERNEL(Threads) { out[0] = ::getpid() == ::gettid() ? 1 : 2; }
 BARE(Text)  // takes a reference in each thread and never gives it back
 {
     auto const& text = *reinterpret_cast<nodus::String const*>(in);
@@ -85,6 +81,41 @@ KERNEL(Raises)
 {
     if (in[1] == 255)
         g_scrap = 1.0f / static_cast<float>(g_zero);
+}
+KERNEL(Overflows)
+{
+    if (in[1] == 255)
+        g_scrap = g_huge * g_huge;
+}
+KERNEL(Direction) { __asm__ volatile("std"); }
+KERNEL(Stack) { __asm__ volatile("fld1"); }
+KERNEL(Remembers) { g_scrap = in[0]; }
+KERNEL(FarBehind)
+{
+    if (in[2] == 255)
+        std::memset(out + (1 << 20), 1, 4);
+}
+BARE(ReadsOutput)  // UInt8 and Float
+{
+    float const behind = byteAt(out, 2);
+    std::memset(out, 7, 1);
+    out[1] = behind;
+}
+KERNEL(Keeps) { [[maybe_unused]] float* const volatile kept = new float(in[0]); }
+KERNEL(First)  // a table that others see before it is made
+{
+    static std::atomic<bool> isBegun = false;
+    static std::atomic<float> table = 1;
+    if (!isBegun.exchange(true)) {
+        ::usleep(20000);
+        table = 2;
+    }
+    out[0] = table;
+}
+KERNEL(Forked)
+{
+    static pid_t const first = ::getpid();
+    out[0] = first == ::getpid() ? 1 : 2;
 }
 KERNEL(Logs)
 {

@@ -20,12 +20,19 @@ enum class Check : std::uint8_t {
     written,     // every output port is written, unless the catalogue says that it may not be
     again,       // the same input has the same result
     elsewhere,   // also in blocks at another address
-    padding,     // also with other bytes between and behind the ports
+    padding,     // also with other bytes between and behind the input ports
+    gaps,        // also with other bytes between and behind the output ports
     history,     // also with a workspace that has seen other frames
     threads,     // also on two threads at a time
+    first,       // also when eight threads make the first calls at once
     texts,       // texts are unchanged, and each reference to one is given back
-    control,     // rounding and traps of the processor are as they were
+    control,     // rounding, traps and direction of the processor are as they were
+    stack,       // no value is left on the stack of the x87 unit
     exceptions,  // no floating-point exception is raised that the values do not explain
+    far,         // the module's own data are as they were, once they have been made
+    leaks,       // no memory is kept, over a million calls of all kernels
+    fork,        // the same results in a process that was forked
+    reload,      // the module can be loaded and unloaded a hundred times
     signal,      // no signal
     hang,        // every call comes back
     process,     // nor does a call end the process
