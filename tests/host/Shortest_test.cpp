@@ -3,7 +3,6 @@
 
 #include <bit>
 #include <charconv>
-#include <cmath>
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <random>
@@ -15,8 +14,6 @@ TEST(Shortest, IsTheStandardLibrarysText)
 {
     std::minstd_rand random(1);
     auto const compare = [](auto value) {
-        if (!std::isfinite(value))
-            return;
         char expected[64], written[64];
         std::string const wanted(expected, std::to_chars(expected, std::end(expected), value).ptr);
         ASSERT_EQ(std::string(written, writeShortest(written, value)), wanted);
@@ -31,6 +28,7 @@ TEST(Shortest, IsTheStandardLibrarysText)
             compare(static_cast<float>(whole * scale));
         }
     }
-    for (double const value : {0.0, -0.0, 1e22, 1e23, 123456789012345678e4, 5e-324})
+    for (double const value :
+         {0.0, -0.0, 1e22, 1e23, 123456789012345678e4, 5e-324, 1 / 0.0, -1 / 0.0})
         compare(value);
 }

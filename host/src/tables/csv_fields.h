@@ -2,7 +2,12 @@
 // since it copies every field.
 #pragma once
 
+#include "decimal.h"
+
+#include <bit>
 #include <charconv>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 
@@ -28,9 +33,7 @@ public:
         if (m_next == nullptr)
             return false;
         char const* const begin = m_next;
-        char const* comma = begin;
-        while (comma != m_end && *comma != ',' && *comma != '"')
-            ++comma;
+        char const* const comma = commaOrQuote(begin);
         if (comma != m_end && *comma == '"') {
             nextQuoted(scratch);
             return true;
@@ -45,9 +48,7 @@ public:
     {
         if (m_next == nullptr)
             return false;
-        char const* comma = m_next;
-        while (comma != m_end && *comma != ',' && *comma != '"')
-            ++comma;
+        char const* const comma = commaOrQuote(m_next);
         if (comma != m_end && *comma == '"')
             return next(scratch);
         m_next = comma == m_end ? nullptr : comma + 1;
@@ -60,9 +61,13 @@ public:
     {
         if (m_next == nullptr)
             return false;
-        auto const [end, error] = std::from_chars(m_next, m_end, value);
-        if (error != std::errc{} || (end != m_end && *end != ','))
-            return false;
+        char const* end = readDecimal(m_next, m_end, value);
+        if (end == nullptr) {
+            auto const [read, error] = std::from_chars(m_next, m_end, value);
+            if (error != std::errc{} || (read != m_end && *read != ','))
+                return false;
+            end = read;
+        }
         m_next = end == m_end ? nullptr : end + 1;
         return true;
     }
@@ -71,6 +76,27 @@ public:
     bool isBroken() const { return m_isBroken; }
 
 private:
+    // The first one, or the end of the row: eight characters at a time.
+    char const* commaOrQuote(char const* at) const
+    {
+        constexpr std::uint64_t kOnes = 0x0101010101010101, kHighBits = 0x80 * kOnes;
+        // The lowest bit that is set is that of the first zero byte.
+        auto const zeroBytes = [](std::uint64_t bytes) {
+            return (bytes - kOnes) & ~bytes & kHighBits;
+        };
+        for (; m_end - at >= 8; at += 8) {
+            std::uint64_t eight;
+            std::memcpy(&eight, at, sizeof eight);
+            std::uint64_t const found =
+                zeroBytes(eight ^ ',' * kOnes) | zeroBytes(eight ^ '"' * kOnes);
+            if (found != 0)
+                return at + std::countr_zero(found) / 8;
+        }
+        while (at != m_end && *at != ',' && *at != '"')
+            ++at;
+        return at;
+    }
+
     void nextQuoted(std::string& scratch)
     {
         while (*m_next == ' ' || *m_next == '\t')
