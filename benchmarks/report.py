@@ -88,8 +88,25 @@ def table(style, head, remark, rows):
     return '\n'.join(lines)
 
 
+def rows_table(head, rows):
+    """Of ratios with columns of their own; what was not measured stays empty."""
+    columns = list(dict.fromkeys(column for row in rows.values() for column in row))
+    lines = [[head, *columns], ['---', *['---:'] * len(columns)]]
+    lines += [[name, *(f'{row[column]:.2f}' if column in row else '' for column in columns)] for name, row in rows.items()]
+    return '\n'.join(f'| {" | ".join(line)} |' for line in lines)
+
+
+TABLES = {
+    'rows': ('graph of so many nodes, many rows', {'one_by_one': 'time of calls over that of rows',
+                                                   'over_fused': 'over a loop written by hand',
+                                                   'with_two_threads': 'speed of two threads over one'}),
+    'csv': ('CSV to CSV, three formulas, threads', {}),
+    'calls': ('command', {'one by one': 'processor time one by one over that of rows'}),
+}
+
+
 def told(ratios, style):
-    """The tables and sentences of all that was measured."""
+    """The tables and sentences of kernels, graphs of calls and stages."""
     if peers := ratios.get('peer'):
         rows = [(name, peer, distance(peer)) for name, peer in peers.items()]
         if best := fastest_peers(peers):
@@ -116,12 +133,20 @@ def told(ratios, style):
                f'{two["megabytes_a_second"]:.0f} with two, and '
                f'{max(one["megabytes_of_memory"], two["megabytes_of_memory"]):.0f} MB of memory.')
     for group, rows in ratios.items():
-        if group not in ('peer', 'kernel', 'loading', 'graph', 'table', 'command'):
+        if group not in ('peer', 'kernel', 'loading', 'graph', 'table', 'command', *TABLES):
             yield '\n'.join(f'- {group}, {row}, {column}: {cell:.2f}'
                             for row, cells in rows.items() for column, cell in cells.items())
+
+
+def told_of_rows(ratios):
+    """The tables of what many rows at once gain."""
+    for group, (head, columns) in TABLES.items():
+        if rows := ratios.get(group):
+            yield rows_table(head, {name: {columns.get(column, f'time of {column} over ours'): cell
+                                           for column, cell in row.items()} for name, row in rows.items()})
 
 
 if __name__ == '__main__':
     ratios = ratios_of(fastest(sys.argv[2:]))
     pathlib.Path(sys.argv[1]).write_text(json.dumps(ratios, indent=2) + '\n')
-    print('\n\n'.join(told(ratios, TEXT)))
+    print('\n\n'.join([*told(ratios, TEXT), *told_of_rows(ratios)]))

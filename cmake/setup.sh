@@ -11,7 +11,7 @@ test="$run googletest libgmp-dev musl-dev qemu-user clang clang-format clang-tid
     libclang-rt-14-dev binutils valgrind pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db
     parallel openmpi-bin python3 python3-numpy python3-pil python3-selenium chromium chromium-driver"
 benchmark="$run valgrind python3 python3-matplotlib time
-    libbenchmark-dev libglm-dev libeigen3-dev libimath-dev libmpfr-dev libstb-dev"
+    libbenchmark-dev libfast-float-dev libglm-dev libeigen3-dev libimath-dev libmpfr-dev libstb-dev"
 
 crossing="cmake ninja-build googletest nlohmann-json3-dev libfmt-dev dpkg-dev"
 aarch64="$test g++-aarch64-linux-gnu libfmt-dev:arm64 libdeflate-dev:arm64 libtbb-dev:arm64

@@ -55,18 +55,19 @@ std::uint32_t sumOf(std::string_view bytes, std::uint32_t before = 0)
         crc32_z(before, reinterpret_cast<Bytef const*>(bytes.data()), bytes.size()));
 }
 
+// Beside the target, or where the system has its files of no name.
 int openAside(std::string const& target)
 {
     std::string const folder = std::filesystem::path(target).parent_path().string();
-    int const beside =
+    int descriptor =
         ::open(folder.empty() ? "." : folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600);
-    if (beside >= 0)
-        return beside;
-    std::FILE* const anywhere = std::tmpfile();
-    int const descriptor =
-        anywhere == nullptr ? -1 : ::fcntl(::fileno(anywhere), F_DUPFD_CLOEXEC, 3);
-    if (anywhere != nullptr)
+    std::FILE* const anywhere = descriptor < 0 ? std::tmpfile() : nullptr;
+    if (anywhere != nullptr) {
+        descriptor = ::fcntl(::fileno(anywhere), F_DUPFD_CLOEXEC, 3);
         std::fclose(anywhere);
+    }
+    if (descriptor < 0)
+        throw Fault("cannot write beside " + target + ": " + systemError(errno));
     return descriptor;
 }
 
