@@ -4,6 +4,7 @@
 
 #include "nodus/host/digest.h"
 #include "nodus/host/graph.h"
+#include "nodus/host/image.h"
 #include "nodus/host/run.h"
 
 #include <memory>
@@ -92,6 +93,21 @@ void evaluate(std::string const& graphName, std::string const& frames, std::stri
     log.commit();
 }
 
+void paint(std::string const& graphName, ImageOptions const& options)
+{
+    Diagnostics diagnostics;
+    Graph const graph = readGraph(graphName, catalogue(), {"", nullptr, true}, diagnostics);
+    diagnostics.throwIfAny();
+    if (std::string const why = whyNoPicture(graph); !why.empty()) {
+        FileFaults faults(graphName);
+        faults.add(graph.outputsLine, why);
+        faults.throwIfAny();
+    }
+    auto results = OutputFile::open(kResults);
+    renderImage(compile(graph), options, results);
+    results.commit();
+}
+
 }  // namespace
 
 extern "C" {
@@ -112,6 +128,13 @@ std::size_t nodus_getSize(char const* name) { return fileText(name).size(); }
 int nodus_evaluate(char const* graph, char const* frames, char const* table, int asJsonLines)
 {
     return tried([&] { evaluate(graph, frames, table, asJsonLines != 0); });
+}
+
+// A PNG file as "<results>", a value a pixel, black and white where the command's --map has them.
+int nodus_paint(char const* graph, std::size_t width, std::size_t height, float black, float white,
+                int frame)
+{
+    return tried([&] { paint(graph, {{width, height}, {black, white}, frame}); });
 }
 
 // The report of nodus digest as "<results>".

@@ -45,6 +45,8 @@ export interface NodeType {
     /** "Float3"; empty when the family has no types. */
     suffix: string;
     family: string;
+    /** Some inputs have no result: outputs are 0 then. */
+    mayKeepOutputs: boolean;
     inputs: Layout;
     outputs: Layout;
     /** Without ports for most. */
@@ -75,6 +77,32 @@ export interface Results {
     log: string;
 }
 
+export interface PaintOptions {
+    /** Without: 512 by 512 pixels. */
+    width?: number;
+    height?: number;
+    /** The values that become black and white; without: 0 and 1. */
+    black?: number;
+    white?: number;
+    frame?: number;
+    /** What messages call the graph. */
+    name?: string;
+}
+
+/** A node with inputs that stay as they are set, for many calls with little between them. */
+export interface Node {
+    readonly type: NodeType;
+    /** Inputs begin with the catalogue's defaults. Throws NodusFault as `call` does. */
+    set(input: string, value: Value): void;
+    run(frame?: number): void;
+    /** An output of the last run. */
+    get(output: string): Value;
+    /** All of them by name. */
+    outputs(): Record<string, Value>;
+    /** An output's bits in hexadecimal, a text for each lane; none for a String. */
+    bits(output: string): string[];
+}
+
 /** Not for two calls at once, which JavaScript does not make. */
 export interface Nodus {
     /** nodusmath.json as it stands: families with their documentation. */
@@ -89,6 +117,9 @@ export interface Nodus {
      */
     call(name: string, inputs?: Record<string, Value>, options?: { frame?: number }): Record<string, Value>;
 
+    /** A node in memory that it keeps for good: for as many as a program has, not one a call. */
+    prepare(name: string): Node;
+
     /** Which numbers noise draws its tables from; for before its first call. Without: 1. */
     seed(number: number): void;
 
@@ -97,6 +128,12 @@ export interface Nodus {
      * lines that `nodus eval` would print.
      */
     evaluate(graph: string | object, options?: EvaluateOptions): Promise<Results>;
+
+    /**
+     * Evaluates a graph with one output once a pixel, as `nodus eval --image` does. Gives a PNG file with
+     * the same pixels. Throws NodusFault as `evaluate` does.
+     */
+    paint(graph: string | object, options?: PaintOptions): Promise<Uint8Array>;
 
     /** The report of `nodus digest --seed N`: the same on every processor. */
     digest(seed?: number): Promise<string>;
@@ -113,8 +150,22 @@ export interface LoadOptions {
     /** The folder with the .wasm files and nodusmath.json, its last slash included. Without: beside the
      * module. */
     base?: string | URL;
+    /** What a page carries itself instead: the files' bytes and the catalogue. */
+    kernels?: Uint8Array;
+    graphs?: Uint8Array;
+    catalogue?: object;
     /** Where the messages of logging kernels go; those of graphs come with their results. */
     log?: (text: string) => void;
 }
 
 export function load(options?: LoadOptions): Promise<Nodus>;
+
+/** Graph files alone, for a worker that needs no kernels of its own. */
+export class Graphs {
+    constructor(source: Uint8Array | URL | string, catalogue: object);
+    /** Ready to evaluate; else the first evaluation waits for that. */
+    load(): Promise<void>;
+    evaluate(graph: string | object, options?: EvaluateOptions): Promise<Results>;
+    paint(graph: string | object, options?: PaintOptions): Promise<Uint8Array>;
+    digest(seed?: number): Promise<string>;
+}

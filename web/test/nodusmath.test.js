@@ -49,6 +49,7 @@ test("kernels are called with values of every type", () => {
         ["Sqrt_Double", { value: 2 }, { result: Math.SQRT2 }],
         ["Slerp_Quat", { b: [0, 0, 1, 0], t: 0 }, { result: [0, 0, 0, 1] }],
         ["LogValueString", { value: "Grad \u00b0", prefix: "v " }, { result: "Grad \u00b0" }],
+        ["InRange_Float2", { value: [1, 1] }, { result: true }],
         ["LogValueTQS", {}, { result: { t: [0, 0, 0, 0], q: [0, 0, 0, 1], s: [1, 1, 1, 1] } }],
     ];
     for (const [name, inputs, expected] of rows)
@@ -56,6 +57,17 @@ test("kernels are called with values of every type", () => {
     assert.strictEqual(messages[0], "v Grad \u00b0");
     const random = (frame) => nodus.call("RandomGenerator_Float", { seed: 7, range: 1 }, { frame }).result;
     assert.notStrictEqual(random(1), random(2));
+});
+
+test("prepared nodes keep inputs, and no results of other ones", () => {
+    const node = nodus.prepare("FastBiasAndGain_Float");
+    node.set("amount", 0.5);
+    node.set("value", 0.25);
+    node.run();
+    assert.deepStrictEqual([node.outputs(), node.bits("bias")], [{ bias: 0.25, gain: 0.25 }, ["3e800000"]]);
+    node.set("amount", 2);
+    node.run();
+    assert.deepStrictEqual(node.outputs(), { bias: 0, gain: 0 });
 });
 
 test("what is no value of a port is told", () => {
