@@ -20,7 +20,7 @@ riscv64="$crossing g++-riscv64-linux-gnu qemu-user"
 wasm="$crossing emscripten libfast-float-dev"
 # Who has node from elsewhere keeps it; that one brings npm along.
 command -v node >/dev/null || wasm="$wasm nodejs"
-command -v npm >/dev/null || wasm="$wasm npm"
+command -v npm >/dev/null || wasm="$wasm npm" test="$test npm"
 
 wanted=""
 # What a portable build is made of, which on other processors is every build.

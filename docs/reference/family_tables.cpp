@@ -189,6 +189,27 @@ std::string nodeTypes(host::Family const& family)
     return fmt::format("<p class=\"types\"><code>{}T</code>, where T is{}</p>\n", stem, badges);
 }
 
+std::string livePlace(host::Family const& family, host::NodeType const& type)
+{
+    // In lines of one number each; the style sheet knows how high they are.
+    auto const linesOf = [](Port const& port) {
+        auto const lanes = static_cast<double>(port.type->laneNames.size());
+        if (lanes > 4)
+            return 0.95 * lanes / 4;
+        return lanes == 1 ? 1.0 : port.unit == "rad" ? 2.6 : 1.7;
+    };
+    double inputs = type.workspace.empty() ? 0 : 1, outputs = 0;
+    for (Port const& port : type.inputs)
+        inputs += linesOf(port);
+    for (Port const& port : type.outputs)
+        outputs += port.type->id == host::TypeId::Quaternion ? 5
+                   : port.type->laneNames.size() > 4         ? 4
+                                                             : 1;
+    return fmt::format("<div class=\"live needs-kernels\" role=\"group\" aria-label=\"Try {}\" "
+                       "style=\"--inputs:{:.2f};--ports:{};--outputs:{}\"></div>\n",
+                       family.name, inputs, type.inputs.size(), outputs);
+}
+
 std::string portTable(host::Family const& family)
 {
     // Most families have nothing to say there.

@@ -14,6 +14,10 @@ std::vector<std::string> portTypes(host::Family const& family);
 // The node types of the family: "Abs_T, T is one of Double, Float", or its only one.
 std::string nodeTypes(host::Family const& family);
 
+// Where the page's scripts put fields for the type's inputs and its outputs: as high as they will
+// be, so that nothing moves when they come.
+std::string livePlace(host::Family const& family, host::NodeType const& type);
+
 // A table of the ports, inputs and outputs, in block order.
 std::string portTable(host::Family const& family);
 

@@ -2,6 +2,7 @@
 // give.
 #include "figures.h"
 
+#include "carried.h"
 #include "graphs.h"
 #include "markup.h"
 
@@ -285,22 +286,6 @@ std::string histogram(host::Catalogue const& catalogue, JsonValue const& plot,
                                 width - 1, kFieldHeight);
     return drawing(caption, marks(x, y, "%"), fmt::format("<path class=\"bars\" d=\"{}\"/>", bars),
                    "");
-}
-
-std::string base64(std::string_view bytes)
-{
-    constexpr std::string_view kDigits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-        std::uint32_t bits = 0;
-        for (std::size_t i = 0; i < 3; ++i)
-            bits = bits << 8 |
-                   (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0u);
-        for (std::size_t i = 0; i < 4; ++i)
-            text += at + i > bytes.size() ? '=' : kDigits[bits >> (18 - 6 * i) & 63u];
-    }
-    return text;
 }
 
 std::string image(host::Catalogue const& catalogue, JsonValue const& plot, std::string_view caption,

@@ -92,12 +92,28 @@ public:
         return fmt::format(
             "<article id=\"{0}\" tabindex=\"-1\" data-types=\"{1}\" data-words=\"{2}\">\n"
             "<h3><a href=\"#{0}\" class=\"anchor\">{0}</a></h3>\n"
-            "<p class=\"doc\">{3}</p>\n{4}{5}{6}{7}{8}{9}{10}</article>\n",
+            "<p class=\"doc\">{3}</p>\n{4}{5}{6}{7}{8}{9}{10}{11}</article>\n",
             m_family.name, types, markupText(words), markupText(m_family.doc), nodeTypes(m_family),
-            figures(), portTable(m_family), edges(), snippet(), kernels(), related());
+            livePlace(m_family, firstType()), figures(), portTable(m_family), edges(), snippet(),
+            kernels(), related());
     }
 
 private:
+    // The node type that the examples are about.
+    host::NodeType const& firstType() const
+    {
+        auto const find = [this](std::string const& name) {
+            return std::ranges::find(m_family.nodeTypes, name,
+                                     [](auto const* type) { return type->name; });
+        };
+        auto found = find(m_type);
+        if (JsonValue const* const graph = m_notes.member("graph"))
+            for (JsonValue const& node : wanted(*graph, "nodes", Kind::object, m_origin).items)
+                if (found == m_family.nodeTypes.end())
+                    found = find(textOr(node, "type", "", m_origin));
+        return found == m_family.nodeTypes.end() ? *m_family.nodeTypes.front() : **found;
+    }
+
     std::vector<JsonValue> const& list(std::string_view key) const
     {
         static std::vector<JsonValue> const kNone;

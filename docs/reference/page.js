@@ -119,6 +119,7 @@ function unlike(word, name) {
 function follow() {
   const hash = location.hash.slice(1), query = new URLSearchParams(hash);
   clear();
+  if (query.has('graph')) return;  // the playground's
   if (query.has('q') || query.has('type')) {
     const wanted = query.get('type') ?? '', types = [...type.options].map((option) => option.value);
     search.value = query.get('q') ?? '';
@@ -230,5 +231,4 @@ const watcher = new IntersectionObserver((entries) => {
 }, { rootMargin: '-20% 0px -75% 0px' });
 for (const { article } of nodes) watcher.observe(article);
 
-byId('index').open = !matchMedia('(max-width: 56rem)').matches;
 if (location.hash) follow();

@@ -1,30 +1,27 @@
 // Writes the node reference: one HTML page that holds everything it needs.
-// usage: nodus_reference MODULE FOLDER OUTPUT
-// FOLDER has page.html, page.css and page.js.
+// usage: nodus_reference MODULE FOLDER OUTPUT [WEB EXAMPLES]
+// FOLDER has page.html, page.css and page.js, in live/ what makes the page compute. WEB has the
+// kernels and the graph evaluator as nodus_kernels.wasm and nodus_graphs.wasm; where they are
+// empty, the page is for reading. EXAMPLES has the graphs that the page offers, and a README.md
+// that says how each is evaluated.
+#include "carried.h"
 #include "page.h"
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/output_file.h"
+#include "nodus/host/result_writer.h"
+
+#include <fmt/format.h>
 
 #include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
+#include <set>
 
 namespace {
 
 using namespace nodus;
-
-std::string readText(std::string const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file)
-        throw host::Fault(path + ": cannot be read");
-    return text;
-}
 
 // Puts each value in the place that the template has for it, "{{name}}".
 std::string filled(std::string const& page, std::string const& origin,
@@ -36,14 +33,44 @@ std::string filled(std::string const& page, std::string const& origin,
         std::string const place = "{{" + name + "}}";
         std::size_t const found = page.find(place, at);
         if (found == page.npos)
-            throw host::Fault(origin + ": wants " + place + " behind byte " + std::to_string(at));
+            throw host::Fault(fmt::format("{}: wants {} behind byte {}", origin, place, at));
         text += page.substr(at, found - at) + value;
         at = found + place.size();
     }
     return text + page.substr(at);
 }
 
-void write(std::string const& modulePath, std::string const& folder, std::string const& target)
+// Graphs, tables and what runs them, by their names.
+std::string examplesIn(std::filesystem::path const& folder)
+{
+    std::string members;
+    std::set<std::filesystem::path> files;
+    for (auto const& entry : std::filesystem::directory_iterator(folder))
+        files.insert(entry.path());
+    for (std::filesystem::path const& file : files)
+        if (std::set<std::string>{".json", ".csv", ".md"}.contains(file.extension()))
+            members += (members.empty() ? "" : ",") + host::jsonText(file.filename().string()) +
+                       ":" + host::jsonText(reference::readText(file));
+    return "{" + members + "}";
+}
+
+// What the page computes with, for its end.
+std::string living(std::string const& folder, std::string const& catalogue, std::string const& web,
+                   std::string const& examples)
+{
+    using reference::carriedElement;
+    return carriedElement("catalogue", reference::readText(catalogue)) +
+           carriedElement("kernels", reference::readText(web + "/nodus_kernels.wasm")) +
+           carriedElement("graphs", reference::readText(web + "/nodus_graphs.wasm")) +
+           carriedElement("examples", examplesIn(examples)) +
+           "<script type=\"text/plain\" id=\"worker\">\n" +
+           reference::bundled(folder + "/live/worker.js") +
+           "</script>\n<script type=\"module\">\n" + reference::bundled(folder + "/live/main.js") +
+           "</script>\n";
+}
+
+void write(std::string const& modulePath, std::string const& folder, std::string const& target,
+           std::string const& web, std::string const& examples)
 {
     // Noise is drawn from rand: the same field in every page.
     std::srand(1);
@@ -55,15 +82,23 @@ void write(std::string const& modulePath, std::string const& folder, std::string
     faults.throwIfAny();
     auto const content = reference::contentOf(
         catalogue, *json, std::filesystem::path(module.cataloguePath()).filename());
-    std::string const page = filled(readText(folder + "/page.html"), "page.html",
-                                    {{"style", readText(folder + "/page.css")},
-                                     {"version", NODUS_VERSION},
-                                     {"types", content.types},
-                                     {"index", content.index},
-                                     {"families", std::to_string(content.families)},
-                                     {"kernels", std::to_string(content.kernels)},
-                                     {"nodes", content.nodes},
-                                     {"script", readText(folder + "/page.js")}});
+    using reference::readText;
+    bool const isLive = !web.empty() && std::filesystem::file_size(web + "/nodus_kernels.wasm") > 0;
+    std::string const page =
+        filled(readText(folder + "/page.html"), "page.html",
+               {{"module", module.name()},
+                {"module", module.name()},
+                {"isLive", isLive ? "true" : "false"},
+                {"style", readText(folder + "/page.css")},
+                {"module", module.name()},
+                {"version", NODUS_VERSION},
+                {"types", content.types},
+                {"index", content.index},
+                {"families", std::to_string(content.families)},
+                {"kernels", std::to_string(content.kernels)},
+                {"nodes", content.nodes},
+                {"script", readText(folder + "/page.js")},
+                {"live", !isLive ? "" : living(folder, module.cataloguePath(), web, examples)}});
     auto file = host::OutputFile::open(target);
     file.write(page);
     file.commit();
@@ -73,12 +108,12 @@ void write(std::string const& modulePath, std::string const& folder, std::string
 
 int main(int argc, char** argv)
 {
-    if (argc != 4) {
-        std::fputs("usage: nodus_reference MODULE FOLDER OUTPUT\n", stderr);
+    if (argc != 4 && argc != 6) {
+        std::fputs("usage: nodus_reference MODULE FOLDER OUTPUT [WEB EXAMPLES]\n", stderr);
         return 2;
     }
     try {
-        write(argv[1], argv[2], argv[3]);
+        write(argv[1], argv[2], argv[3], argc == 6 ? argv[4] : "", argc == 6 ? argv[5] : "");
         return 0;
     } catch (host::Fault const& fault) {
         for (std::string const& line : fault.lines())

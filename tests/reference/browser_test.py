@@ -3,59 +3,18 @@
 # Leaves its screenshots beside the page.
 # usage: browser_test.py BUILD-DIRECTORY
 import json
-import os
-import pathlib
 import struct
 import sys
 import time
 import unittest
 
-from selenium import webdriver
-from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
-FOLDER = pathlib.Path(sys.argv.pop()).resolve() / 'reference'
-PAGE = (FOLDER / 'index.html').as_uri()
+from browser import DESKTOP, PHONE, Browser, folder_of
+
+FOLDER = folder_of(sys.argv.pop())
 FAMILIES = (FOLDER / 'index.html').read_text().count('<article ')
 ENTER, ESCAPE, DOWN, UP = Keys.ENTER, Keys.ESCAPE, Keys.DOWN, Keys.UP
-DESKTOP, PHONE = (1280, 900), (360, 740)
-
-
-class Browser(webdriver.Chrome):
-    """One headless Chromium with an empty profile."""
-
-    def __init__(self):
-        options = webdriver.ChromeOptions()
-        for argument in ['headless', 'disable-gpu', 'disable-quic', 'no-first-run', 'disable-sync', 'hide-scrollbars',
-                         'disable-background-networking', 'disable-component-update']:
-            options.add_argument('--' + argument)
-        if os.geteuid() == 0:
-            options.add_argument('--no-sandbox')
-        options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
-        super().__init__(options=options)
-
-    def run(self, script, *arguments):
-        return self.execute_script('return ' + script, *arguments)
-
-    def keys(self, text):
-        webdriver.ActionChains(self).send_keys(text).perform()
-
-    def click(self, selector):
-        self.find_element(By.CSS_SELECTOR, selector).click()
-
-    def open(self, hash=''):
-        self.get('about:blank')
-        self.get(PAGE + hash)
-
-    def show(self, size, scheme='light'):
-        self.execute_cdp_cmd('Emulation.setDeviceMetricsOverride', {
-            'width': size[0], 'height': size[1], 'deviceScaleFactor': 1, 'mobile': size == PHONE})
-        self.execute_cdp_cmd('Emulation.setEmulatedMedia', {
-            'features': [{'name': 'prefers-color-scheme', 'value': scheme}]})
-
-    def screenshot(self, name):
-        (FOLDER / f'{name}.png').write_bytes(picture := self.get_screenshot_as_png())
-        return picture
 
 
 # Every text in sight on its background, and what stands in an empty field: the least contrast, as WCAG has it.
@@ -80,7 +39,7 @@ CONTRAST = '''(() => {
 class InABrowser(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
-        cls.browser = Browser()
+        cls.browser = Browser(FOLDER)
         cls.addClassCleanup(cls.browser.quit)
 
     def setUp(self):

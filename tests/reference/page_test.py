@@ -50,6 +50,7 @@ class Page(unittest.TestCase):
         self.assertEqual(sorted(shown), sorted(listed))
 
     def test_needs_nothing_from_elsewhere(self):
+        self.assertNotIn('{{', PAGE)
         self.assertEqual(re.findall(r'(?:src|href)="(?!#|data:)[^"]*"|url\(|@import|https?://', PAGE), [])
 
     def test_graphs_give_the_results_beside_them(self):
@@ -146,6 +147,22 @@ class WrongCatalogue(unittest.TestCase):
         ]:
             with self.subTest(words[0]):
                 self.refuse(change, *words)
+
+
+class WrongScripts(unittest.TestCase):
+    def test_are_refused(self):
+        for script, told in [("import { a } from './gone.js';", 'gone.js: cannot be read'),
+                             ("import { a } from './main.js';", 'main.js: imports itself'),
+                             ("import { a as b } from './link.js';", 'wants import { names }'), ('import a;', 'wants import { names }')]:
+            with self.subTest(script), tempfile.TemporaryDirectory() as folder:
+                copy = pathlib.Path(shutil.copytree(REFERENCE, folder + '/docs/reference'))
+                shutil.copytree(SOURCE / 'web', folder + '/web')
+                for name in ('nodus_kernels.wasm', 'nodus_graphs.wasm'):
+                    (copy / name).write_text('x')
+                (copy / 'live/main.js').write_text(script)
+                got = run(BUILD / 'bin/nodus_reference', MODULE, copy, copy / 'index.html', copy, SOURCE / 'examples')
+                self.assertEqual((got.returncode, (copy / 'index.html').exists()), (2, False))
+                self.assertIn(told, got.stderr)
 
 
 unittest.main(verbosity=0)

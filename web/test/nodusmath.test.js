@@ -4,6 +4,7 @@ import assert from "node:assert";
 import { createHash } from "node:crypto";
 import { readFileSync } from "node:fs";
 import { test } from "node:test";
+import { inflateSync } from "node:zlib";
 import { NodusFault, load } from "../nodusmath.js";
 
 const source = (name) => readFileSync(new URL("held/" + name, import.meta.url), "utf8");
@@ -95,6 +96,17 @@ test("examples give the bytes of the command", async () => {
         ++held;
     }
     assert.ok(held >= 7, String(held));
+});
+
+test("pictures have the pixels of the command", async () => {
+    const png = Buffer.from(await nodus.paint(source("examples/clouds.json"), { width: 900, height: 420 }));
+    const parts = [];
+    for (let at = 8; at < png.length; at += png.readUInt32BE(at) + 12)
+        if (png.toString("latin1", at + 4, at + 8) === "IDAT") parts.push(png.subarray(at + 8, at + 8 + png.readUInt32BE(at)));
+    const sum = createHash("sha256").update(inflateSync(Buffer.concat(parts))).digest("hex").slice(0, 16);
+    assert.ok(linesOf("reference/calls.txt").includes(`clouds.json ${sum}`), sum);
+    await assert.rejects(nodus.paint({ nodes: { a: { type: "And" } }, outputs: ["a"] }), new NodusFault(
+        ["graph:7: an image wants one output that is a Float, a Color or a Float4; the graph has a.result (Bool)"]));
 });
 
 // Lines of sessions: those before a row "| A | B" stand for it, with A for %1 and B for %2.
