@@ -73,9 +73,9 @@ Module::Module(std::string const& path)
     for (auto const& [files, names] : shared)
         diagnostics.add("modules " + files.first + " and " + files.second + " both have " +
                         std::string(names.front()) +
-                        (names.size() == 1
-                             ? ""
-                             : " and " + std::to_string(names.size() - 1) + " more kernels"));
+                        (names.size() == 1 ? ""
+                                           : " and " + std::to_string(names.size() - 1) +
+                                                 " more kernel" + (names.size() == 2 ? "" : "s")));
     diagnostics.throwIfAny();
     callHook(m_library.get(), m_name + "_loadModule");
 }
