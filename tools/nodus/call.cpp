@@ -40,13 +40,7 @@ void setInput(host::GraphNode& node, std::string const& argument)
                 : node.type->name + " has no input " + host::inQuotes(name) + "; it" + known);
     }
     host::Value value = port->standard;
-    std::string wrong;
-    try {
-        wrong = host::readValue(host::literalFromArgument(argument.substr(equals + 1), *port->type),
-                                value);
-    } catch (host::Fault const& fault) {
-        wrong = fault.what();
-    }
+    std::string const wrong = host::readArgument(argument.substr(equals + 1), *port, value);
     if (!wrong.empty())
         throw host::Fault("input '" + name + "': " + wrong);
     std::memcpy(node.constants.data() + port->offset, value.bytes.data(), port->type->size);
@@ -113,8 +107,8 @@ Command addCall(CLI::App& app, Shared const& shared)
         ->required();
     command->add_option(
         "PORT=VALUE", options->values,
-        "The inputs: a number, true or false, a text, lanes as 1,2,3, or JSON. What is\n"
-        "not given has its default.");
+        "The inputs: a number, true or false, a text, lanes as 1,2,3, or JSON; where the port has\n"
+        "a unit or named choices, 90deg or XYZ. What is not given has its default.");
     command->add_option("--frame", options->frame, "The frame that the node sees. Without it: 0.")
         ->type_name("N")
         ->check(numberFrom(std::numeric_limits<std::int32_t>::min(),

@@ -133,6 +133,10 @@ int describe(std::string const& name, Shared const& shared)
 {
     Environment const environment(shared);
     host::Catalogue const& catalogue = environment.catalogue();
+    if (name.ends_with(".json")) {
+        print(describeGraph(name, catalogue));
+        return 0;
+    }
     std::string text;
     if (NodeType const* const type = catalogue.find(name)) {
         text = describe(environment, *type->family, type);
@@ -152,17 +156,21 @@ int describe(std::string const& name, Shared const& shared)
 
 Command addDescribe(CLI::App& app, Shared const& shared)
 {
-    CLI::App* const command = app.add_subcommand("describe", "Describe a node type and its ports");
+    CLI::App* const command =
+        app.add_subcommand("describe", "Describe a node type and its ports, or a graph");
     auto const name = std::make_shared<std::string>();
     command
         ->add_option(
             "TYPE", *name,
-            "A node type (Add_Float3), a kernel (NodusAdd_Float3_Solve) or a family (Add).")
+            "A node type (Add_Float3), a kernel (NodusAdd_Float3_Solve), a family (Add), or a\n"
+            "graph file (walk.json), whose parameters, columns and outputs are listed.")
         ->required();
-    command->footer("Examples:\n  nodus describe Slerp\n  nodus describe LogValueFloat3\n\n"
-                    "Exit status:\n"
-                    "  0  it is described\n"
-                    "  2  there is no such node type, or a module cannot be loaded");
+    command->footer(
+        "Examples:\n  nodus describe Slerp\n  nodus describe LogValueFloat3\n"
+        "  nodus describe examples/drive.json\n\n"
+        "Exit status:\n"
+        "  0  it is described\n"
+        "  2  there is no such node type, the graph is wrong, or a module cannot be loaded");
     return {command, [name, &shared] { return describe(*name, shared); }};
 }
 

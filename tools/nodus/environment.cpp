@@ -77,6 +77,18 @@ std::string Environment::ownerOf(host::Family const& family) const
     return m_modules.size() < 2 ? "" : family.nodeTypes.front()->module->name();
 }
 
+void addSettings(CLI::App& command, std::vector<std::string>& settings)
+{
+    command
+        .add_option(
+            "--set", settings,
+            "A value for a parameter of the graph, written as for nodus call. It may be given\n"
+            "more than once. nodus describe GRAPH.json lists the parameters.")
+        ->type_name("NAME=VALUE")
+        ->take_all()
+        ->allow_extra_args(false);
+}
+
 void print(std::string_view text)
 {
     auto output = host::OutputFile::onDescriptor(STDOUT_FILENO, "standard output");

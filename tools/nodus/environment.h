@@ -35,6 +35,12 @@ private:
     std::optional<host::Catalogue> m_catalogue;
 };
 
+// The option --set of a command that reads a graph.
+void addSettings(CLI::App& command, std::vector<std::string>& settings);
+
+// What a graph is given, parameters and columns, and what it gives.
+std::string describeGraph(std::string const& path, host::Catalogue const& catalogue);
+
 // Writes to standard output. Throws host::Fault when nobody can take it, host::ClosedPipe when
 // nobody wants it.
 void print(std::string_view text);

@@ -12,6 +12,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -23,6 +25,8 @@ namespace {
 struct EvalOptions {
     std::string graph, frames, shard, data, out = "-", log;
     std::string image, size, map;
+    std::vector<std::string> settings;
+    std::optional<unsigned> noiseSeed;
     int threads = 0, depth = 8;
     bool oneByOne = false;
 };
@@ -72,8 +76,10 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
             throw host::Fault("--image wants one frame, not " + options.frames);
         image.frame = frames.first;
     });
+    host::GraphSurroundings surroundings{"", nullptr, true};
+    surroundings.settings = options.settings;
     host::Graph const graph =
-        host::readGraph(options.graph, environment.catalogue(), {"", nullptr, true}, diagnostics);
+        host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
     diagnostics.throwIfAny();
     if (std::string const why = host::whyNoPicture(graph); !why.empty()) {
         host::FileFaults faults(host::inputName(options.graph));
@@ -90,6 +96,9 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
 
 int evaluate(EvalOptions const& options, Shared const& shared)
 {
+    // The field of the noise nodes is drawn from it, once.
+    if (options.noiseSeed)
+        std::srand(*options.noiseSeed);
     if (!options.image.empty())
         return evaluateImage(options, shared);
     Environment const environment(shared);
@@ -115,6 +124,7 @@ int evaluate(EvalOptions const& options, Shared const& shared)
         throw host::Fault("GRAPH and --data cannot both be standard input: name a file for one");
     host::GraphSurroundings surroundings{options.data.empty() ? "" : host::inputName(options.data),
                                          nullptr, false};
+    surroundings.settings = options.settings;
     gather(diagnostics, [&] {
         if (options.data.empty())
             return;
@@ -173,6 +183,12 @@ Command addEval(CLI::App& app, Shared const& shared)
             "The frames from A to B, both included, or every STEP-th of them; A alone is one\n"
             "frame. Without it: a frame for each row of the table, or frame 0.")
         ->type_name("A:B[:STEP]");
+    addSettings(*command, options->settings);
+    command
+        ->add_option("--noise-seed", options->noiseSeed,
+                     "What the field of the noise nodes is drawn from. Without it: 1.")
+        ->type_name("N")
+        ->check(numberFrom(0u, std::numeric_limits<unsigned>::max()));
     CLI::Option* const shard =
         command
             ->add_option(

@@ -24,6 +24,8 @@ namespace {
 
 struct ShowOptions {
     std::string graph, out = "-";
+    std::vector<std::string> settings;
+    bool opened = false;
 };
 
 // A file in memory: whole streams for another program, without pipes that wait for each other.
@@ -115,7 +117,9 @@ int show(ShowOptions const& options, Shared const& shared)
     } catch (host::Fault const& fault) {
         diagnostics.add(fault);
     }
-    host::GraphSurroundings const surroundings{"", nullptr, true, true};
+    host::GraphSurroundings surroundings{"", nullptr, true, true};
+    surroundings.settings = options.settings;
+    surroundings.asWritten = !options.opened;
     host::Graph const graph =
         host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
     diagnostics.throwIfAny();
@@ -143,9 +147,15 @@ Command addShow(CLI::App& app, Shared const& shared)
                      "language. It appears whole or not at all.\n"
                      "Without it, or with -: SVG on standard output.")
         ->type_name("FILE");
+    addSettings(*command, options->settings);
+    command->add_flag(
+        "--open", options->opened,
+        "Draw all that is evaluated: graphs in the graph by their nodes, parameters by\n"
+        "their values, other frames by nodes of their own.");
     command->footer(
         "Boxes are nodes with their ports, types and constants (grey: by default); outlined\n"
-        "shapes are the frame, columns and pixels, filled ones the results. No table is needed.\n"
+        "shapes are the frame, columns, parameters and pixels, filled ones the results. No table\n"
+        "is needed.\n"
         "The program dot of Graphviz lays the picture out; only .dot files need none.\n\n"
         "Examples:\n"
         "  nodus show examples/skeleton.json -o skeleton.svg\n"

@@ -4,6 +4,8 @@
 #include "constant_text.h"
 #include "labels.h"
 
+#include "nodus/host/literals.h"
+
 #include <algorithm>
 #include <set>
 
@@ -55,7 +57,7 @@ public:
         for (std::size_t node = 0; node < m_graph.nodes.size(); ++node)
             for (Feed const& feed : m_graph.nodes[node].feeds)
                 addEdge(sourceOf(feed), nameOf(node) + ":" + portId('i', spotOf(feed)) + ":w",
-                        *feed.type);
+                        *feed.type, shiftText(feed.source));
         for (std::size_t i = 0; i < m_graph.outputs.size(); ++i) {
             GraphOutput const& output = m_graph.outputs[i];
             std::string const name = "result" + std::to_string(i);
@@ -73,10 +75,21 @@ private:
     static std::string nameOf(std::size_t node) { return "node" + std::to_string(node); }
     static Spot spotOf(Feed const& feed) { return {feed.offset, feed.type->id}; }
 
-    void addEdge(std::string const& from, std::string const& to, ValueType const& type)
+    void addEdge(std::string const& from, std::string const& to, ValueType const& type,
+                 std::string const& label = {})
     {
         m_text += "  " + from + " -> " + to + " [color=\"" + std::string(colourOf(type)) +
-                  "\", tooltip=\"" + std::string(type.name) + "\"]\n";
+                  "\", tooltip=\"" + std::string(type.name) + "\"" +
+                  (label.empty() ? "" : ", label=<" + coloured(label, kQuiet, 9) + ">") + "]\n";
+    }
+
+    // "frame -1": what is not of the row and frame that is evaluated.
+    static std::string shiftText(Source const& source)
+    {
+        if (source.shift == 0)
+            return {};
+        return (source.kind == Source::Kind::column ? "row " : "frame ") +
+               std::string(source.shift > 0 ? "+" : "") + std::to_string(source.shift);
     }
 
     // A source or a result.
@@ -98,6 +111,8 @@ private:
         Source const& source = feed.source;
         if (source.kind == Source::Kind::node)
             return nameOf(source.index) + ":" + portId('o', {source.offset, feed.type->id}) + ":e";
+        if (source.kind == Source::Kind::parameter)
+            return parameterOf(source, *feed.type);
         bool const isColumn = source.kind == Source::Kind::column;
         std::string const kind = isColumn                             ? "column"
                                  : source.kind == Source::Kind::frame ? "current"
@@ -109,6 +124,28 @@ private:
         std::string const name = isColumn ? kind + std::to_string(source.index) : kind + "_" + text;
         if (m_sources.insert(name).second)
             addShape(name, kind, text, *feed.type, false);
+        return name + ":e";
+    }
+
+    // A parameter, with its value, and a lane or a part of it where no more is taken.
+    std::string parameterOf(Source const& source, ValueType const& type)
+    {
+        auto const found = std::ranges::find_if(m_graph.parameters, [&](Parameter const& known) {
+            return source.offset >= known.port.offset &&
+                   source.offset < known.port.offset + known.port.type->size;
+        });
+        Port const& port = found->port;
+        bool const isWhole = port.type == &type;
+        std::string const name = "parameter" + std::to_string(source.offset) + "_" +
+                                 std::to_string(static_cast<int>(type.id));
+        std::string const piece = isWhole ? "" : "." + pieceName(port, {source.offset, type.id});
+        std::string const value =
+            isWhole
+                ? " = " +
+                      shortened(valueText(type, port.standard.bytes.data(), port.standard.text), 40)
+                : "";
+        if (m_sources.insert(name).second)
+            addShape(name, "parameter", port.name + piece + value, type, false);
         return name + ":e";
     }
 

@@ -12,6 +12,7 @@
 #include <tbb/task_arena.h>
 
 #include <algorithm>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <numeric>
@@ -92,8 +93,9 @@ std::vector<Use> outputUses(Plan const& plan, std::span<OutputArray const> array
 // One thread's evaluator, and which arrays it has to copy.
 class Worker {
 public:
-    Worker(Plan const& plan, std::vector<Use> const& inputs, std::vector<Use> const& outputs)
-        : m_inputs(inputs), m_outputs(outputs), m_evaluator(plan, nullptr),
+    Worker(Plan const& plan, std::size_t rows, std::vector<Use> const& inputs,
+           std::vector<Use> const& outputs)
+        : m_rows(rows), m_inputs(inputs), m_outputs(outputs), m_evaluator(plan, nullptr),
           m_frames(plan.framesPerBlock)
     {
     }
@@ -105,9 +107,13 @@ public:
         std::iota(frames.begin(), frames.end(), frame);
         for (Use const& use : m_inputs) {
             RowsOfPort const array = use.from(first);
+            Place const to = plan.sources[use.place].place;
+            if (plan.sources[use.place].shift != 0) {
+                copyShifted(use, first, rows);
+                continue;
+            }
             if (use.isAligned() && m_evaluator.bindSource(use.place, array))
                 continue;
-            Place const to = plan.sources[use.place].place;
             moveRows(use.type->id, static_cast<std::byte const*>(array.first), array.stride,
                      m_evaluator.at(to, 0), to.stride, rows);
         }
@@ -125,6 +131,23 @@ public:
     }
 
 private:
+    // Rows before or after, one by one; those that are not there by their defaults, or the nearest.
+    void copyShifted(Use const& use, std::size_t first, std::size_t rows)
+    {
+        PlanSource const& source = m_evaluator.plan().sources[use.place];
+        std::int64_t const last = std::int64_t(m_rows) - 1;
+        for (std::size_t i = 0; i < rows; ++i) {
+            std::int64_t const wanted = std::int64_t(first + i) + source.shift;
+            std::int64_t const row = std::clamp<std::int64_t>(wanted, 0, last);
+            auto const* const from =
+                row != wanted && source.beyond
+                    ? source.beyond->data()
+                    : static_cast<std::byte const*>(use.from(static_cast<std::size_t>(row)).first);
+            std::memcpy(m_evaluator.at(source.place, i), from, source.type->size);
+        }
+    }
+
+    std::size_t m_rows;  // in all
     std::vector<Use> const& m_inputs;
     std::vector<Use> const& m_outputs;
     Evaluator m_evaluator;
@@ -154,7 +177,7 @@ void ArrayEvaluator::evaluate(std::size_t rows, std::span<InputArray const> inpu
     faults.throwIfAny();
 
     tbb::enumerable_thread_specific<std::unique_ptr<Worker>> workers(
-        [&] { return std::make_unique<Worker>(m_plan, in, out); });
+        [&] { return std::make_unique<Worker>(m_plan, rows, in, out); });
     std::size_t const inBlock = m_plan.framesPerBlock;
     tbb::global_control const limit(tbb::global_control::max_allowed_parallelism, options.threads);
     tbb::task_arena arena(static_cast<int>(options.threads));

@@ -3,6 +3,7 @@
 
 #include "evaluating/row_evaluation.h"
 #include "nodus/String.h"
+#include "nodus/host/frames.h"
 #include "nodus/runtime/EvaluationScope.h"
 
 #include <cstring>
@@ -193,7 +194,21 @@ Evaluator::~Evaluator()
         moveValues(moves[i].type, m_arena + moves[i].from.offset, moves[i].from.stride,
                    m_arena + moves[i].to.offset, moves[i].to.stride, frames.size());
     clearOutput(step, m_arena + step.out.offset, frames.size());
-    call(step, frames, scope);
+    if (step.shift != 0) [[unlikely]]
+        callShifted(step, frames);
+    else
+        call(step, frames, scope);
+}
+
+[[gnu::noinline]] void Evaluator::callShifted(Step const& step,
+                                              std::span<std::int32_t const> frames)
+{
+    m_shifted.clear();
+    for (std::int32_t const frame : frames)
+        m_shifted.push_back(shiftedFrame(frame, step.shift));
+    runtime::LocalServiceTable const silence{};
+    runtime::EvaluationScope scope(m_shifted.front(), &silence);
+    call(step, m_shifted, scope);
 }
 
 // In a function of its own, so that steps for blocks keep what they need in registers.
@@ -211,8 +226,10 @@ void Evaluator::evaluate(std::span<std::int32_t const> frames)
     runtime::EvaluationScope scope(frames.front(), &m_services);
     for (PlanSource const& source : m_plan.sources)
         if (source.kind == Source::Kind::frame)
-            for (std::size_t i = 0; i < frames.size(); ++i)
-                std::memcpy(at(source.place, i), &frames[i], sizeof frames[i]);
+            for (std::size_t i = 0; i < frames.size(); ++i) {
+                std::int32_t const frame = shiftedFrame(frames[i], source.shift);
+                std::memcpy(at(source.place, i), &frame, sizeof frame);
+            }
     if (m_rows != nullptr)
         evaluateRows(frames, scope);
     else

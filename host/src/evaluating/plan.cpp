@@ -162,11 +162,12 @@ private:
             return within(m_out[source.index], source.offset);
         std::size_t const column = source.kind == Source::Kind::column ? source.index : 0;
         for (PlanSource const& known : m_plan.sources)
-            if (known.kind == source.kind && known.column == column && known.type == feed.type)
+            if (known.isOf(feed))
                 return known.place;
         m_end = roundUp(m_end, kBlockAlignment);
         Place const place = reserve(feed.type->size);
-        m_plan.sources.push_back({source.kind, column, feed.type, place});
+        m_plan.sources.push_back(
+            {source.kind, column, feed.type, place, source.shift, source.beyond});
         return place;
     }
 
@@ -178,6 +179,7 @@ private:
         step.solve = nodeType.solve;
         step.solveWithWorkspace = nodeType.solveWithWorkspace;
         step.init = nodeType.init;
+        step.shift = node.shift;
         step.in = m_in[index];
         step.out = m_out[index];
         step.firstMove = narrow(m_plan.moves.size());

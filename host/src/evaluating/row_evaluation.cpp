@@ -1,6 +1,9 @@
 // One call a node and block of rows.
 #include "row_evaluation.h"
 
+#include "nodus/host/frames.h"
+#include "nodus/runtime/EvaluationScope.h"
+
 #include <algorithm>
 #include <cstring>
 
@@ -52,7 +55,21 @@ void RowEvaluation::run(RowStep const& step, std::span<std::int32_t const> frame
                 std::memset(static_cast<std::byte*>(ports[port].first) +
                                 static_cast<std::ptrdiff_t>(row) * ports[port].stride,
                             0, m_plan.ports[step.firstPort + port].stride);
+    if (step.shift != 0)
+        return runShifted(step, frames);
     step.solve(frames.size(), ports, step.needsFrames ? frames.data() : nullptr);
+}
+
+// At other frames, and without the log.
+void RowEvaluation::runShifted(RowStep const& step, std::span<std::int32_t const> frames)
+{
+    m_shifted.clear();
+    for (std::int32_t const frame : frames)
+        m_shifted.push_back(shiftedFrame(frame, step.shift));
+    runtime::LocalServiceTable const silence{};
+    runtime::EvaluationScope const scope(m_shifted.front(), &silence);
+    step.solve(frames.size(), m_ports.data() + step.firstPort,
+               step.needsFrames ? m_shifted.data() : nullptr);
 }
 
 namespace {

@@ -35,6 +35,7 @@ private:
         TypeId type;
     };
 
+    void runShifted(RowStep const& step, std::span<std::int32_t const> frames);
     void run(RowStep const& step, std::span<std::int32_t const> frames,
              std::function<void(Step const&)> const& callBlock);
     // Whatever reads or writes within a place: what is bound in its stead.
@@ -55,6 +56,7 @@ private:
     // Looked for when they are first bound; none when that is not possible.
     std::vector<std::optional<Readers>> m_sources, m_outputs;
     bool m_isDoneOnce = false;
+    std::vector<std::int32_t> m_shifted;
 };
 
 }  // namespace nodus::host

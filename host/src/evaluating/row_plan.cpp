@@ -150,13 +150,12 @@ private:
         if (feed.source.kind == Source::Kind::node)
             return refOf(feed.source.index, feed.source.offset);
         std::size_t const column = feed.source.kind == Source::Kind::column ? feed.source.index : 0;
-        for (std::size_t i = 0; i < m_plan.sources.size(); ++i) {
-            PlanSource const& known = m_plan.sources[i];
-            if (known.kind == feed.source.kind && known.column == column && known.type == feed.type)
+        for (std::size_t i = 0; i < m_plan.sources.size(); ++i)
+            if (m_plan.sources[i].isOf(feed))
                 return {m_sources[i]};
-        }
         m_sources.push_back(newColumn(feed.type->size, false, kForever));
-        m_plan.sources.push_back({feed.source.kind, column, feed.type, {}});
+        m_plan.sources.push_back(
+            {feed.source.kind, column, feed.type, {}, feed.source.shift, feed.source.beyond});
         return {m_sources.back()};
     }
 
@@ -278,6 +277,7 @@ private:
         GraphNode const& graphNode = m_graph.nodes[index];
         Node const& node = m_nodes[index];
         RowStep step{};
+        step.shift = graphNode.shift;
         step.solve = node.rows.solve;
         step.needsFrames = node.rows.needsFrames;
         step.clearsOutputs = type(index).family->mayKeepOutputs;
@@ -335,6 +335,7 @@ private:
         step.solve = nodeType.solve;
         step.solveWithWorkspace = nodeType.solveWithWorkspace;
         step.init = nodeType.init;
+        step.shift = graphNode.shift;
         step.in = placeOf({m_nodes[index].inputColumn});
         step.out = placeOf({m_nodes[index].firstOutput});
         step.workspace = narrow(m_nodes[index].workspace);

@@ -4,6 +4,7 @@
 #include "nodus/host/evaluator.h"
 #include "nodus/host/frame_log.h"
 #include "tables/npz_writer.h"
+#include "tables/row_window.h"
 
 #include <tbb/enumerable_thread_specific.h>
 #include <tbb/global_control.h>
@@ -30,7 +31,7 @@ struct Batch {
     // that the thread sanitizer cannot see; a lock for each batch costs nothing.
     std::mutex turn;
     std::vector<std::int32_t> frames;
-    TableRows rows;
+    RowsOfFrames table;
     TextBuffer results, log;
     Diagnostics faults;
     std::string readerFault;  // comes behind those of the rows that were read
@@ -38,7 +39,7 @@ struct Batch {
     void clear()
     {
         frames.clear();
-        rows.clear();
+        table.clear();
         results.clear();
         log.clear();
         faults = {};
@@ -62,6 +63,8 @@ public:
     {
         if (options.table != nullptr)
             m_parser.emplace(*options.table, plan);
+        if (m_parser && m_parser->isShifted())
+            m_window.emplace(*options.table, m_parser->shifts());
         // Enough work to make handing over cheap, little enough to bound memory and latency.
         std::size_t const work =
             plan.steps.size() + plan.rowSteps.size() / kRowsAreFaster + 4 * plan.outputs.size() + 4;
@@ -161,11 +164,13 @@ private:
 
     bool readRow(Batch& batch, std::int32_t frame)
     {
+        if (m_window)
+            return m_window->add(frame, batch.table);
         TableReader& table = *m_options.table;
         while (table.rowsRead() < static_cast<std::uint64_t>(frame))
             if (!table.skipRow())
                 return false;
-        return table.readRow(batch.rows);
+        return table.readRow(batch.table.rows);
     }
 
     std::string outsideTable(std::int32_t frame) const
@@ -186,8 +191,7 @@ private:
         for (std::size_t first = 0; first < batch.frames.size(); first += inBlock) {
             std::size_t const count = std::min(inBlock, batch.frames.size() - first);
             for (std::size_t i = 0; i < count && m_parser; ++i)
-                m_parser->parse(batch.rows.row(first + i), batch.rows.rows[first + i].line,
-                                worker.evaluator, i, batch.faults);
+                parseRows(batch, first + i, worker.evaluator, i);
             // Nothing of this batch, nor of a later one, will be seen.
             if (!batch.faults.empty() || m_isFaulty.load(std::memory_order_relaxed))
                 continue;
@@ -199,6 +203,22 @@ private:
         }
         if (!batch.readerFault.empty())
             batch.faults.add(batch.readerFault);
+    }
+
+    // What frame number index of the batch, and i of the evaluator, reads of the table.
+    void parseRows(Batch& batch, std::size_t index, Evaluator& evaluator, std::size_t i) const
+    {
+        TableRows const& rows = batch.table.rows;
+        if (!m_window)
+            return m_parser->parse(rows.row(index), rows.rows[index].line, evaluator, i,
+                                   batch.faults);
+        std::size_t const shifts = m_parser->shifts().size();
+        for (std::size_t shift = 0; shift < shifts; ++shift) {
+            auto const [row, isBeyond] = batch.table.uses[index * shifts + shift];
+            m_parser->parse(rows.row(row), rows.rows[row].line, evaluator, i, batch.faults, shift);
+            if (isBeyond)
+                m_parser->storeDefaults(evaluator, i, shift);
+        }
     }
 
     void write(Batch& batch)
@@ -230,6 +250,9 @@ private:
         for (std::string const& line : faults.lines()) {
             if (m_hasEnoughFaults)
                 return;
+            // Of a row that several frames read.
+            if (m_window && std::ranges::find(m_faults.lines(), line) != m_faults.lines().end())
+                continue;
             m_faults.add(line);
             if (m_faults.lines().size() == kMostFaults) {
                 m_faults.add("these are the first " + std::to_string(kMostFaults) +
@@ -250,6 +273,7 @@ private:
     std::mutex m_readerTurn;
     std::size_t m_nextBatch = 0;
     std::uint64_t m_index = 0;
+    std::optional<RowWindow> m_window;
     bool m_isRead = false;
     // The writer's own, except that the others may look whether it still makes sense to go on.
     std::mutex m_writerTurn;

@@ -285,19 +285,20 @@ std::string JsonValue::describe() const
 }
 
 std::optional<JsonValue> parseJson(std::string_view text, FileFaults& faults, std::size_t line,
-                                   std::string_view leftOut)
+                                   std::string_view leftOut, bool hasComments)
 {
     Cursor cursor(text, line);
     Builder builder(cursor, faults, leftOut);
-    if (!Json::sax_parse(cursor.begin(), cursor.end(), &builder))
+    if (!Json::sax_parse(cursor.begin(), cursor.end(), &builder,
+                         nlohmann::detail::input_format_t::json, true, hasComments))
         return std::nullopt;
     return std::move(builder.root);
 }
 
 std::optional<JsonValue> readJsonFile(std::string const& path, FileFaults& faults,
-                                      std::string_view leftOut)
+                                      std::string_view leftOut, bool hasComments)
 {
-    return parseJson(readFile(path), faults, 1, leftOut);
+    return parseJson(readFile(path), faults, 1, leftOut, hasComments);
 }
 
 }  // namespace nodus::host

@@ -5,6 +5,7 @@
 #include "graph_reader.h"
 
 #include "nodus/host/input_file.h"
+#include "nodus/host/literals.h"
 
 #include <algorithm>
 #include <cstring>
@@ -15,35 +16,111 @@ namespace {
 
 using Kind = JsonValue::Kind;
 
-// "a.b.c" as "a", "b", "c"; the third takes all the rest.
+// "a.b.c" as "a" and "b.c".
 struct Path {
-    std::string_view node, port, piece;
+    std::string_view node, port;
     explicit Path(std::string_view text)
+        : node(text.substr(0, text.find('.'))),
+          port(text.substr(std::min(node.size() + 1, text.size())))
     {
-        for (std::string_view* const part : {&node, &port}) {
-            auto const dot = text.find('.');
-            *part = text.substr(0, dot);
-            text = dot == text.npos ? std::string_view{} : text.substr(dot + 1);
-        }
-        piece = text;
     }
 };
 
+// The port whose name the path begins with. A graph's ports may have dots in theirs.
+Port const* findPort(std::vector<Port> const& ports, std::string_view path)
+{
+    Port const* found = nullptr;
+    for (Port const& port : ports)
+        if (path.starts_with(port.name) &&
+            (path.size() == port.name.size() || path[port.name.size()] == '.') &&
+            (found == nullptr || port.name.size() > found->name.size()))
+            found = &port;
+    return found;
+}
+
+// The parameters' values from the command line.
+void set(Graph& graph, std::string const& setting, FileFaults& faults)
+{
+    auto const equals = setting.find('=');
+    std::string const name = setting.substr(0, equals);
+    auto const found = std::ranges::find(graph.parameters, name,
+                                         [](Parameter const& known) { return known.port.name; });
+    if (found == graph.parameters.end()) {
+        std::vector<std::string_view> names;
+        for (Parameter const& known : graph.parameters)
+            names.push_back(known.port.name);
+        std::string const near = didYouMean(name, names);
+        faults.add(0, "has no parameter " + inQuotes(name) +
+                          (names.empty()  ? ", and no others"
+                           : near.empty() ? "; it has " + alternatives(names)
+                                          : near));
+        return;
+    }
+    if (equals == setting.npos) {
+        faults.add(0, inQuotes(setting) + " is no setting; write " + name + "=VALUE");
+        return;
+    }
+    std::string wrong = readArgument(setting.substr(equals + 1), found->port, found->port.standard);
+    if (!wrong.empty())
+        faults.add(0, "parameter " + inQuotes(name) + ": " + wrong);
+}
+
+void bindStandards(Graph& graph)
+{
+    NodeType type{};
+    for (Parameter const& parameter : graph.parameters) {
+        type.inputs.push_back(parameter.port);
+        type.inputExtent = parameter.port.offset + parameter.port.type->size;
+    }
+    bindParameters(graph, makeNode("", type));
+}
+
+// From what a file says to what can be evaluated.
+Graph finish(Graph graph, GraphSurroundings const& surroundings, bool isGood, FileFaults& faults)
+{
+    for (std::string const& setting : surroundings.settings)
+        set(graph, setting, faults);
+    if (!isGood || !faults.empty()) {
+        // With graphs in it, what looks like a circle may be none.
+        if (graph.files.empty())
+            orderGraph(graph, faults);
+        return graph;
+    }
+    std::optional<Graph> asWritten;
+    if (surroundings.asWritten)
+        asWritten = graph;
+    openGraphs(graph);
+    bindStandards(graph);
+    orderGraph(graph, faults);
+    if (!faults.empty())
+        return graph;
+    expandShifts(graph);
+    if (graph.order.size() != graph.nodes.size())
+        orderGraph(graph, faults);
+    return asWritten ? *std::move(asWritten) : std::move(graph);
+}
+
 Graph check(std::optional<JsonValue> const& root, Catalogue const& catalogue,
-            GraphSurroundings const& surroundings, FileFaults& faults)
+            GraphSurroundings const& surroundings, FileFaults& faults, GraphFiles& files,
+            Diagnostics const& diagnostics)
 {
     if (!root)
         return {};
-    Graph graph = GraphReader(catalogue, surroundings, faults).read(*root);
-    orderGraph(graph, faults);
-    return graph;
+    std::size_t const before = diagnostics.lines().size();
+    Graph graph = GraphReader(catalogue, surroundings, faults, files).read(*root);
+    return finish(std::move(graph), surroundings, diagnostics.lines().size() == before, faults);
 }
 
 }  // namespace
 
+std::optional<JsonValue> readGraphJson(std::string const& path, FileFaults& faults)
+{
+    return readJsonFile(path, faults, {}, true);
+}
+
 GraphReader::GraphReader(Catalogue const& catalogue, GraphSurroundings const& surroundings,
-                         FileFaults& faults)
-    : m_catalogue(catalogue), m_surroundings(surroundings), m_faults(faults)
+                         FileFaults& faults, GraphFiles& files)
+    : m_catalogue(catalogue), m_surroundings(surroundings), m_faults(faults), m_files(files)
 {
     if (surroundings.columns == nullptr)
         return;
@@ -59,7 +136,14 @@ Graph GraphReader::read(JsonValue const& root)
               "a graph is an object with 'nodes' and 'outputs', not " + root.describe());
         return {};
     }
-    checkMembers(root, {"nodes", "outputs"}, {root.line, ""});
+    checkMembers(root, {"nodes", "outputs", "parameters", "description"}, {root.line, ""});
+    if (JsonValue const* const text = root.member("description")) {
+        if (!text->is(Kind::text))
+            fault({text->line, ""}, "'description' wants a text, not " + text->describe());
+        m_graph.description = text->text;
+    }
+    if (JsonValue const* const parameters = root.member("parameters"))
+        readParameters(*parameters);
     JsonValue const* const nodes = root.member("nodes");
     if (nodes == nullptr)
         fault({root.line, ""}, "has no 'nodes'");
@@ -71,6 +155,7 @@ Graph GraphReader::read(JsonValue const& root)
     if (JsonValue const* const outputs = root.member("outputs"))
         readOutputs(*outputs);
     tellWhatIsMissing();
+    placeMadeNodes();
     return std::move(m_graph);
 }
 
@@ -84,9 +169,11 @@ void GraphReader::fault(Place const& place, std::string const& text)
     m_faults.add(place.line, place.text + (place.text.empty() ? "" : ": ") + text);
 }
 
-void GraphReader::checkMembers(JsonValue const& object, std::vector<std::string_view> const& known,
+void GraphReader::checkMembers(JsonValue const& object, std::vector<std::string_view> known,
                                Place const& place)
 {
+    if (object.member("comment") != nullptr)
+        known.emplace_back("comment");
     refuseUnknownMembers(object, known, place.text, m_faults);
 }
 
@@ -132,6 +219,13 @@ void GraphReader::readNodeType(std::string const& name, JsonValue const& json)
                   (type != nullptr ? ", not " + type->describe() : ""));
         return;
     }
+    if (type->text.ends_with(".json")) {
+        if (auto graph = readGraphType(name, type->text, {type->line, place.text})) {
+            node = *std::move(graph);
+            node.line = json.line;
+        }
+        return;
+    }
     NodeType const* const found = m_catalogue.find(type->text);
     if (found == nullptr) {
         fault({type->line, place.text},
@@ -141,6 +235,27 @@ void GraphReader::readNodeType(std::string const& name, JsonValue const& json)
     }
     node = makeNode(name, *found);
     node.line = json.line;
+}
+
+std::optional<GraphNode> GraphReader::readGraphType(std::string const& name,
+                                                    std::string const& path, Place const& place)
+{
+    if (!m_files.mayRead()) {
+        fault(place, "a graph that is no file cannot take others as nodes");
+        return std::nullopt;
+    }
+    try {
+        auto const file = m_files.read(path);
+        if (file == nullptr)
+            return std::nullopt;
+        m_graph.files.push_back(file);
+        GraphNode node = makeNode(name, file->type);
+        node.file = file.get();
+        return node;
+    } catch (Fault const& wrong) {
+        fault(place, wrong.what());
+        return std::nullopt;
+    }
 }
 
 std::optional<GraphOutput> GraphReader::findOutput(std::string const& text, Place const& place)
@@ -163,25 +278,29 @@ std::optional<GraphOutput> GraphReader::findOutput(std::string const& text, Plac
               inQuotes(path.node) + " has more than one output; say which: " + alternatives(names));
         return std::nullopt;
     }
-    Port const* const port = nodeAlone ? &type->outputs.front() : type->findOutput(path.port);
+    Port const* const port =
+        nodeAlone ? &type->outputs.front() : findPort(type->outputs, path.port);
     if (port == nullptr) {
         fault(place, inQuotes(path.node) + " (" + type->name + ") has no output " +
-                         inQuotes(path.port) + "; it has " + alternatives(names));
+                         inQuotes(path.port.substr(0, path.port.find('.'))) +
+                         (names.empty() ? "" : "; it has " + alternatives(names)));
         return std::nullopt;
     }
     std::string const portName = std::string(path.node) + "." + port->name;
-    auto const piece = findPiece(*port->type, path.piece);
-    if (!piece || text.ends_with('.')) {
+    std::string const piece(
+        nodeAlone ? "" : path.port.substr(std::min(port->name.size() + 1, path.port.size())));
+    auto const lanes = findPiece(*port->type, piece);
+    if (!lanes || text.ends_with('.')) {
         fault(place, inQuotes(portName) + " is " + std::string(port->type->name) + " and has no " +
-                         inQuotes(path.piece) +
+                         inQuotes(piece) +
                          (port->type->isScalar()
                               ? "; it has no lanes"
                               : "; it has " + alternatives({port->type->laneNames.begin(),
                                                             port->type->laneNames.end()})));
         return std::nullopt;
     }
-    return GraphOutput{path.piece.empty() ? portName : portName + "." + std::string(path.piece),
-                       found->second, port->offset + piece->offset, piece->type};
+    return GraphOutput{piece.empty() ? portName : portName + "." + piece, found->second,
+                       port->offset + lanes->offset, lanes->type};
 }
 
 void GraphReader::readOutputs(JsonValue const& outputs)
@@ -201,16 +320,17 @@ void GraphReader::readOutputs(JsonValue const& outputs)
         auto const node = m_nodes.find(item.text);
         if (node != m_nodes.end() && m_graph.nodes[node->second].type != nullptr) {
             // A node alone stands for all that it has.
-            for (Port const& port : m_graph.nodes[node->second].type->outputs)
+            auto const& ports = m_graph.nodes[node->second].type->outputs;
+            for (Port const& port : ports)
                 addOutput({item.text + "." + port.name, node->second, port.offset, port.type},
-                          place);
+                          ports.size() == 1 ? item.text : item.text + "." + port.name, place);
         } else if (auto found = findOutput(item.text, place)) {
-            addOutput(std::move(*found), place);
+            addOutput(std::move(*found), item.text, place);
         }
     }
 }
 
-void GraphReader::addOutput(GraphOutput output, Place const& place)
+void GraphReader::addOutput(GraphOutput output, std::string const& listed, Place const& place)
 {
     // By lanes, so that a lane beside its whole port is seen.
     for (std::string_view const lane : output.type->laneNames) {
@@ -220,7 +340,43 @@ void GraphReader::addOutput(GraphOutput output, Place const& place)
             return;
         }
     }
+    m_listedPorts.push_back({listed, output.type});
     m_graph.outputs.push_back(std::move(output));
+}
+
+std::size_t GraphReader::makeFor(Target const& target, NodeType const& type)
+{
+    auto const user = static_cast<std::size_t>(&target.node - m_graph.nodes.data());
+    std::string name = target.node.name + "." + target.port.name + ".";
+    m_made.push_back({makeNode(name + std::to_string(m_made.size() + 1), type), user});
+    m_made.back().node.line = target.node.line;
+    return m_graph.nodes.size() + m_made.size() - 1;
+}
+
+void GraphReader::placeMadeNodes()
+{
+    if (m_made.empty())
+        return;
+    std::size_t const written = m_graph.nodes.size();
+    std::vector<std::size_t> position(written + m_made.size());
+    std::vector<GraphNode> nodes;
+    std::size_t next = 0;
+    // They were made in the order of their users.
+    for (std::size_t i = 0; i < written; ++i) {
+        for (; next < m_made.size() && m_made[next].user == i; ++next) {
+            position[written + next] = nodes.size();
+            nodes.push_back(std::move(m_made[next].node));
+        }
+        position[i] = nodes.size();
+        nodes.push_back(std::move(m_graph.nodes[i]));
+    }
+    for (GraphNode& node : nodes)
+        for (Feed& feed : node.feeds)
+            if (feed.source.kind == Source::Kind::node)
+                feed.source.index = position[feed.source.index];
+    for (GraphOutput& output : m_graph.outputs)
+        output.node = position[output.node];
+    m_graph.nodes = std::move(nodes);
 }
 
 GraphNode makeNode(std::string name, NodeType const& type)
@@ -248,7 +404,10 @@ Graph readGraph(std::string const& path, Catalogue const& catalogue,
     FileFaults faults(inputName(path));
     Graph graph;
     try {
-        graph = check(readJsonFile(path, faults), catalogue, surroundings, faults);
+        GraphFiles files(catalogue, surroundings, diagnostics);
+        files.begin(path);
+        graph =
+            check(readGraphJson(path, faults), catalogue, surroundings, faults, files, diagnostics);
     } catch (Fault const& fault) {
         diagnostics.add(fault);
     }
@@ -260,7 +419,14 @@ Graph parseGraph(std::string_view text, std::string const& origin, Catalogue con
                  GraphSurroundings const& surroundings, Diagnostics& diagnostics)
 {
     FileFaults faults(origin);
-    Graph graph = check(parseJson(text, faults), catalogue, surroundings, faults);
+    Graph graph;
+    try {
+        GraphFiles files(catalogue, surroundings, diagnostics);
+        graph = check(parseJson(text, faults, 1, {}, true), catalogue, surroundings, faults, files,
+                      diagnostics);
+    } catch (Fault const& fault) {
+        diagnostics.add(fault);
+    }
     faults.moveTo(diagnostics);
     return graph;
 }

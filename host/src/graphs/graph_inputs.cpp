@@ -12,18 +12,33 @@ namespace {
 
 using Kind = JsonValue::Kind;
 
-constexpr std::array<std::string_view, 4> kSourceKeys{"from", "frame", "column", "pixel"};
+constexpr std::array<std::string_view, 5> kSourceKeys{"from", "frame", "column", "pixel",
+                                                      "parameter"};
+// What stands beside a source and says more.
+constexpr std::array<std::string_view, 6> kFurtherKeys{"row",     "rows",   "frames",
+                                                       "default", "window", "comment"};
 constexpr std::string_view kSourceShape =
-    R"(a source is {"from": "node.port"}, {"frame": true}, {"column": "name"} or {"pixel": "x"})";
+    R"(a source is {"from": "node.port"}, {"frame": true}, {"column": "name"}, {"parameter": "name"} or {"pixel": "x"})";
 
 std::string named(ValueType const& type) { return std::string(type.name); }
 
-bool isSourceKey(std::string_view key)
+template <typename Keys> bool isAmong(Keys const& keys, std::string_view key)
 {
-    return std::ranges::find(kSourceKeys, key) != kSourceKeys.end();
+    return std::ranges::find(keys, key) != keys.end();
 }
 
-bool looksLikeSource(JsonValue const& json) { return std::ranges::any_of(json.keys, isSourceKey); }
+bool looksLikeSource(JsonValue const& json)
+{
+    return std::ranges::any_of(json.keys,
+                               [](std::string_view key) { return isAmong(kSourceKeys, key); });
+}
+
+// Where another node's value is taken from, "frame" may say of which frame.
+bool isFurther(JsonValue const& json, std::size_t i)
+{
+    return isAmong(kFurtherKeys, json.keys[i]) ||
+           (json.keys[i] == "frame" && json.items[i].isNumber() && json.member("from") != nullptr);
+}
 
 }  // namespace
 
@@ -39,38 +54,52 @@ void GraphReader::readInputs(GraphNode& node, JsonValue const& inputs)
         JsonValue const& item = inputs.items[i];
         Port const* const port = node.type->findInput(inputs.keys[i]);
         if (port != nullptr) {
-            readInput(node, item, *port->type, port->offset,
-                      {item.line, place.text + ", input " + inQuotes(port->name)});
+            readInput({node,
+                       *port,
+                       *port->type,
+                       port->offset,
+                       {item.line, place.text + ", input " + inQuotes(port->name)}},
+                      item);
             continue;
         }
         std::vector<std::string_view> names;
         for (Port const& known : node.type->inputs)
             names.push_back(known.name);
-        fault({item.line, place.text}, node.type->name + " has no input " +
-                                           inQuotes(inputs.keys[i]) + "; it has " +
-                                           alternatives(names));
+        fault({item.line, place.text},
+              node.type->name + " has no input " + inQuotes(inputs.keys[i]) +
+                  (names.empty() ? "" : "; it has " + alternatives(names)));
     }
 }
 
-void GraphReader::readInput(GraphNode& node, JsonValue const& json, ValueType const& type,
-                            std::size_t offset, Place const& place)
+void GraphReader::readInput(Target const& target, JsonValue const& json)
 {
+    auto const& [node, port, type, offset, place] = target;
     if (type.id == TypeId::TQS && json.is(Kind::object) && !looksLikeSource(json)) {
-        readParts(node, json, offset, place);
+        readParts(target, json);
     } else if (json.is(Kind::object)) {
-        readSource(node, json, type, offset, place);
+        readSource(target, json);
+    } else if (json.is(Kind::text) && type.id != TypeId::String && json.text.starts_with('=')) {
+        readExpression(target, json.text);
     } else if (!type.isScalar() && json.is(Kind::array) && type.id != TypeId::TQS &&
                json.items.size() == type.laneNames.size()) {
         for (std::size_t lane = 0; lane < json.items.size(); ++lane)
-            readInput(node, json.items[lane], valueType(type.lane), offset + lane * type.laneSize,
-                      {json.items[lane].line,
-                       place.text + ", lane " + std::string(type.laneNames[lane])});
+            readInput(target.piece(valueType(type.lane), offset + lane * type.laneSize,
+                                   {json.items[lane].line,
+                                    place.text + ", lane " + std::string(type.laneNames[lane])}),
+                      json.items[lane]);
     } else if (!type.isScalar()) {
         fault(place,
               "wants " + named(type) + " (" + literalShape(type) + "), not " + json.describe());
     } else {
-        std::string text;
-        std::string const wrong = readScalar(json, type, node.constants.data() + offset, text);
+        JsonValue literal;
+        bool const isText = json.is(Kind::text) && type.id != TypeId::String;
+        std::string wrong, text;
+        if (isText) {
+            literal = json;
+            wrong = understand(literal, port);
+        }
+        if (wrong.empty())
+            wrong = readScalar(isText ? literal : json, type, node.constants.data() + offset, text);
         if (!wrong.empty())
             fault(place, wrong);
         else if (type.id == TypeId::String)
@@ -78,45 +107,56 @@ void GraphReader::readInput(GraphNode& node, JsonValue const& json, ValueType co
     }
 }
 
-void GraphReader::readParts(GraphNode& node, JsonValue const& json, std::size_t offset,
-                            Place const& place)
+void GraphReader::readParts(Target const& target, JsonValue const& json)
 {
     for (std::size_t i = 0; i < json.items.size(); ++i) {
         JsonValue const& item = json.items[i];
         auto const known = partsOfTqs();
         auto const part = std::ranges::find(known, json.keys[i], &Part::name);
-        if (part == known.end())
-            fault({item.line, place.text}, "a TQS has no part " + inQuotes(json.keys[i]) +
-                                               "; it has t, q and s; or " +
-                                               std::string(kSourceShape));
-        else
-            readInput(node, item, valueType(part->type), offset + part->offset,
-                      {item.line, place.text + ", part " + std::string(part->name)});
+        if (part != known.end())
+            readInput(target.piece(valueType(part->type), target.offset + part->offset,
+                                   {item.line, target.place.text + ", part " + json.keys[i]}),
+                      item);
+        else if (json.keys[i] != "comment")
+            fault({item.line, target.place.text}, "a TQS has no part " + inQuotes(json.keys[i]) +
+                                                      "; it has t, q and s; or " +
+                                                      std::string(kSourceShape));
     }
 }
 
-void GraphReader::readSource(GraphNode& node, JsonValue const& json, ValueType const& type,
-                             std::size_t offset, Place const& place)
+void GraphReader::readSource(Target const& target, JsonValue const& json)
 {
     std::size_t const faultsBefore = m_faults.faults().size();
+    std::vector<std::size_t> sources;
     for (std::size_t i = 0; i < json.items.size(); ++i)
-        if (!isSourceKey(json.keys[i]))
-            fault({json.items[i].line, place.text},
+        if (isFurther(json, i))
+            continue;
+        else if (isAmong(kSourceKeys, json.keys[i]))
+            sources.push_back(i);
+        else
+            fault({json.items[i].line, target.place.text},
                   "unknown member " + inQuotes(json.keys[i]) + "; " + std::string(kSourceShape));
     if (m_faults.faults().size() != faultsBefore)
         return;
-    if (json.items.size() != 1) {
-        fault(place, (json.items.empty() ? "wants " + named(type) + ", not an empty object; "
-                                         : "there is no source of both " + inQuotes(json.keys[0]) +
-                                               " and " + inQuotes(json.keys[1]) + "; ") +
-                         std::string(kSourceShape));
+    if (sources.size() != 1) {
+        fault(target.place,
+              (json.items.empty() ? "wants " + named(target.type) + ", not an empty object; "
+               : sources.empty()  ? inQuotes(json.keys[0]) + " stands beside a source; "
+                                 : "there is no source of both " + inQuotes(json.keys[sources[0]]) +
+                                       " and " + inQuotes(json.keys[sources[1]]) + "; ") +
+                  std::string(kSourceShape));
         return;
     }
-    if (auto const source = sourceOf(json.keys.front(), json.items.front(), type, place)) {
-        if (type.id == TypeId::String)
-            setText(node, offset, {});
-        node.feeds.push_back({offset, &type, *source});
-    }
+    std::string const& kind = json.keys[sources.front()];
+    auto source = sourceOf(kind, json.items[sources.front()], target.type, target.place);
+    if (!source || !readShift(target, json, kind, *source))
+        return;
+    if (target.type.id == TypeId::String)
+        setText(target.node, target.offset, {});
+    if (json.member("window") != nullptr)
+        readWindow(target, json, kind, *source);
+    else
+        target.node.feeds.push_back({target.offset, &target.type, *source});
 }
 
 std::optional<Source> GraphReader::sourceOf(std::string const& key, JsonValue const& item,
@@ -142,6 +182,8 @@ std::optional<Source> GraphReader::sourceOf(std::string const& key, JsonValue co
         return readFrom(item.text, type, place);
     if (key == "column")
         return readColumn(item.text, type, place);
+    if (key == "parameter")
+        return readParameterSource(item.text, type, place);
     if (item.text != "x" && item.text != "y") {
         fault(place, "'pixel' wants \"x\" or \"y\", not " + item.describe());
         return std::nullopt;

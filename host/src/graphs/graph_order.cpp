@@ -23,14 +23,14 @@ public:
                     ++m_waiting[node];
                 }
             if (m_waiting[node] == 0)
-                m_ready.push(node);
+                m_ready.push(turnOf(node));
         }
     }
 
     void run(std::vector<std::size_t>& order)
     {
         while (!m_ready.empty()) {
-            std::size_t const node = m_ready.top();
+            std::size_t const node = m_ready.top() % m_graph.nodes.size();
             m_ready.pop();
             order.push_back(node);
             release(node);
@@ -72,7 +72,14 @@ private:
         m_isOut[node] = true;
         for (std::size_t const taker : m_takers[node])
             if (--m_waiting[taker] == 0 && !m_isOut[taker])
-                m_ready.push(taker);
+                m_ready.push(turnOf(taker));
+    }
+
+    // Nodes at other frames come as soon as they can: nobody hears them, so that those that are
+    // heard keep the order of the file.
+    std::size_t turnOf(std::size_t node) const
+    {
+        return m_graph.nodes[node].shift != 0 ? node : node + m_graph.nodes.size();
     }
 
     Graph const& m_graph;

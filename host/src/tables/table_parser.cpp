@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 
 namespace nodus::host {
 
@@ -33,34 +34,42 @@ bool readPlainNumber(FieldWalk& walk, TypeId type, std::byte* to)
 TableParser::TableParser(TableReader const& reader, Plan const& plan)
     : m_name(reader.name()), m_columns(reader.columns()), m_fields(reader.fields())
 {
+    std::map<std::int32_t, std::vector<Target>> byShift{{0, {}}};
     for (PlanSource const& source : plan.sources)
         if (source.kind == Source::Kind::column)
-            m_targets.push_back({source.column, source.type, source.place});
-    std::ranges::stable_sort(m_targets, {}, &Target::column);
+            byShift[source.shift].push_back(
+                {source.column, source.type, source.place, source.beyond});
+    for (auto& [shift, targets] : byShift) {
+        m_own = shift == 0 ? m_shifts.size() : m_own;
+        std::ranges::stable_sort(targets, {}, &Target::column);
+        m_shifts.push_back(shift);
+        m_targets.push_back(std::move(targets));
+    }
 }
 
 void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& evaluator,
-                        std::size_t i, Diagnostics& diagnostics) const
+                        std::size_t i, Diagnostics& diagnostics, std::size_t shift) const
 {
+    std::vector<Target> const& targets = m_targets[shift];
     if (m_fields != nullptr)
-        return parseRecord(row.data(), line, evaluator, i, diagnostics);
+        return parseRecord(row.data(), line, evaluator, i, diagnostics, targets);
     FieldWalk walk(row);
     std::string scratch;
     std::size_t column = 0;
-    for (auto target = m_targets.begin(); target != m_targets.end(); ++column) {
+    for (auto target = targets.begin(); target != targets.end(); ++column) {
         if (target->column != column) {
             if (!walk.skip(scratch))
                 break;
             continue;
         }
-        bool const isOnly = target + 1 == m_targets.end() || target[1].column != column;
+        bool const isOnly = target + 1 == targets.end() || target[1].column != column;
         if (isOnly && readPlainNumber(walk, target->type->id, evaluator.at(target->place, i))) {
             ++target;
             continue;
         }
         if (!walk.next(scratch))
             break;
-        for (; target != m_targets.end() && target->column == column; ++target)
+        for (; target != targets.end() && target->column == column; ++target)
             store(walk.field(), *target, line, evaluator.at(target->place, i), diagnostics);
     }
     while (walk.skip(scratch))
@@ -73,15 +82,23 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
                         std::to_string(m_columns.size()));
 }
 
+void TableParser::storeDefaults(Evaluator& evaluator, std::size_t i, std::size_t shift) const
+{
+    for (Target const& target : m_targets[shift])
+        if (target.beyond)
+            std::memcpy(evaluator.at(target.place, i), target.beyond->data(), target.type->size);
+}
+
 std::string TableParser::where(std::uint64_t line) const
 {
     return m_name + (m_fields != nullptr ? ": row " : ":") + std::to_string(line);
 }
 
 void TableParser::parseRecord(char const* record, std::uint64_t row, Evaluator& evaluator,
-                              std::size_t i, Diagnostics& diagnostics) const
+                              std::size_t i, Diagnostics& diagnostics,
+                              std::vector<Target> const& targets) const
 {
-    for (Target const& target : m_targets) {
+    for (Target const& target : targets) {
         NpyField const& field = (*m_fields)[target.column];
         std::byte* const to = evaluator.at(target.place, i);
         // What is wrong with a number is told as of its text.

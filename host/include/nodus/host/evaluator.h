@@ -51,6 +51,8 @@ private:
 
     void callBlock(Step const& step, std::span<std::int32_t const> frames,
                    runtime::EvaluationScope& scope);
+    // As any other step, but at other frames and without the log.
+    void callShifted(Step const& step, std::span<std::int32_t const> frames);
     void evaluateRows(std::span<std::int32_t const> frames, runtime::EvaluationScope& scope);
     void call(Step const& step, std::span<std::int32_t const> frames,
               runtime::EvaluationScope& scope);
@@ -60,6 +62,7 @@ private:
     std::byte* m_arena;
     runtime::LocalServiceTable m_services;
     std::unique_ptr<RowEvaluation> m_rows;  // of a plan for rows
+    std::vector<std::int32_t> m_shifted;
     bool m_isInitialised = false;
 };
 

@@ -1,7 +1,9 @@
 // Which frames to evaluate: "A:B", "A:B:STEP" or "A", and which share of them: "I/N".
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <string_view>
 
 namespace nodus::host {
@@ -22,6 +24,14 @@ struct FrameRange {
         return static_cast<std::int32_t>(first + static_cast<std::int64_t>(index) * step);
     }
 };
+
+// The frame that lies so many behind another; the first or the last there is, where that is none.
+inline std::int32_t shiftedFrame(std::int32_t frame, std::int32_t shift)
+{
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(
+        std::clamp<std::int64_t>(std::int64_t{frame} + shift, Limits::min(), Limits::max()));
+}
 
 // One of count slices of the frames, counted from 1.
 struct Shard {

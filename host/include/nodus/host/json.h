@@ -41,12 +41,13 @@ struct JsonValue {
 // and column (then there is nothing to return), and every key that one object has twice. Numbers
 // are kept as they are written; one that no floating-point type could hold, 1e5000 for one, is a
 // fault. What members of the name leftOut hold within themselves is not kept, and read faster.
+// Comments, // and /* */, are faults unless hasComments.
 std::optional<JsonValue> parseJson(std::string_view text, FileFaults& faults, std::size_t line = 1,
-                                   std::string_view leftOut = {});
+                                   std::string_view leftOut = {}, bool hasComments = false);
 
 // The same for a file, or standard input, of at most one gigabyte. Throws Fault when it cannot be
 // read.
 std::optional<JsonValue> readJsonFile(std::string const& path, FileFaults& faults,
-                                      std::string_view leftOut = {});
+                                      std::string_view leftOut = {}, bool hasComments = false);
 
 }  // namespace nodus::host

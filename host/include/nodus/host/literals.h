@@ -1,6 +1,7 @@
 // Values as a person writes them, in JSON or on a command line.
 #pragma once
 
+#include "nodus/host/catalogue.h"
 #include "nodus/host/json.h"
 #include "nodus/host/value_types.h"
 
@@ -20,6 +21,14 @@ std::string readScalar(JsonValue const& literal, ValueType const& type, std::byt
 // A whole value: a scalar, an array of lanes, an object with parts for a TQS (a part that is not
 // given stays as it is in value).
 std::string readValue(JsonValue const& literal, Value& value);
+
+// What people write for a port in place of a number: the name of one of its choices ("XYZ"), or a
+// number with a unit ("90deg") where the port has one. They become numbers, anything else stays as
+// it is. In arrays, too.
+std::string understand(JsonValue& literal, Port const& port);
+
+// A whole value for a port from a command line.
+std::string readArgument(std::string_view argument, Port const& port, Value& value);
 
 // What a literal of the type looks like: "an array of 3 numbers".
 std::string literalShape(ValueType const& type);

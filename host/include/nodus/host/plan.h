@@ -10,6 +10,7 @@
 #include "nodus/host/graph.h"
 #include "nodus/runtime/Rows.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -39,6 +40,7 @@ struct Step {
     std::uint32_t workspace;
     std::uint32_t outExtent;  // set to zero before each call; 0 where the output is a text
     std::uint32_t firstMove, moveCount;
+    std::int32_t shift;  // the frames that it sees come so many later; then nobody hears it
 };
 
 // A kernel over all rows of a block. Each of its ports has a place of its own: rows lie side by
@@ -49,14 +51,25 @@ struct RowStep {
     std::uint32_t step;
     std::uint32_t firstMove, moveCount;  // for inputs that are put together from several sources
     std::uint32_t firstPort, inputCount, outputCount;  // in ports: the inputs, then the outputs
+    std::int32_t shift;                                // as a step's
 };
 
-// Values that the caller writes before each block of frames.
+// Values that the caller writes before each block of frames; those of frames the evaluator does.
 struct PlanSource {
-    Source::Kind kind;  // never node
+    Source::Kind kind;  // never node, nor parameter
     std::size_t column;
     ValueType const* type;
     Place place;
+    std::int32_t shift = 0;  // the value is that of a row so much later
+    // In place of a row that the table has not; without it the nearest row's.
+    std::optional<std::array<std::byte, 8>> beyond{};
+
+    bool isOf(Feed const& feed) const
+    {
+        Source const& source = feed.source;
+        return kind == source.kind && type == feed.type && shift == source.shift &&
+               beyond == source.beyond && (kind != Source::Kind::column || column == source.index);
+    }
 };
 
 struct PlanOutput {

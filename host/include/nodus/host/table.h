@@ -7,6 +7,7 @@
 #include "nodus/host/line_reader.h"
 #include "nodus/host/text_buffer.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -94,29 +95,45 @@ public:
     // The reader outlives it.
     TableParser(TableReader const& reader, Plan const& plan);
 
+    // How many rows later a frame reads rows: in ascending order, and always 0 among them.
+    std::vector<std::int32_t> const& shifts() const { return m_shifts; }
+    // Whether there are others than 0.
+    bool isShifted() const { return m_shifts.size() > 1; }
+
     // Writes the values of a row to their places for frame i of the evaluator's next block. Adds a
-    // fault for each field that is wrong and for a row of the wrong length.
+    // fault for each field that is wrong and for a row of the wrong length. The row is the frame's
+    // own, or the one at shifts()[shift].
     void parse(std::string_view row, std::uint64_t line, Evaluator& evaluator, std::size_t i,
-               Diagnostics& diagnostics) const;
+               Diagnostics& diagnostics) const
+    {
+        parse(row, line, evaluator, i, diagnostics, m_own);
+    }
+    void parse(std::string_view row, std::uint64_t line, Evaluator& evaluator, std::size_t i,
+               Diagnostics& diagnostics, std::size_t shift) const;
+    // The defaults of that shift, where the table has no such row.
+    void storeDefaults(Evaluator& evaluator, std::size_t i, std::size_t shift) const;
 
 private:
     struct Target {
         std::size_t column;
         ValueType const* type;
         Place place;
+        std::optional<std::array<std::byte, 8>> beyond;
     };
 
     void store(std::string_view field, Target const& target, std::uint64_t line, std::byte* to,
                Diagnostics& diagnostics) const;
 
     void parseRecord(char const* record, std::uint64_t row, Evaluator& evaluator, std::size_t i,
-                     Diagnostics& diagnostics) const;
+                     Diagnostics& diagnostics, std::vector<Target> const& targets) const;
     // "t.csv:12", "t.npy: row 11".
     std::string where(std::uint64_t line) const;
 
     std::string m_name;
     std::vector<std::string> m_columns;
-    std::vector<Target> m_targets;  // by column
+    std::vector<std::int32_t> m_shifts;
+    std::vector<std::vector<Target>> m_targets;  // for each shift, by column
+    std::size_t m_own = 0;                       // the shift that is 0
     std::vector<NpyField> const* m_fields;
 };
 
