@@ -33,6 +33,7 @@ Command addHelp(CLI::App& app);
 Command addList(CLI::App& app, Shared const& shared);
 Command addManual(CLI::App& app, Shared const& shared);
 Command addMerge(CLI::App& app);
+Command addNewGraph(CLI::App& app);
 Command addShow(CLI::App& app, Shared const& shared);
 Command addVersion(CLI::App& app);
 

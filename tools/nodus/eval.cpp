@@ -201,7 +201,8 @@ Command addEval(CLI::App& app, Shared const& shared)
             ->add_option(
                 "--data", options->data,
                 "The table with the graph's columns: a .csv file, a structured array of NumPy\n"
-                "(.npy) or an archive of arrays (.npz). Frame N reads row N, counted from 0.\n"
+                "(.npy), an archive of arrays (.npz) or motion capture (.bvh). Frame N reads\n"
+                "row N, counted from 0.\n"
                 "- is CSV on standard input.")
             ->type_name("TABLE");
     CLI::Option* const out =

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "csv_fields.h"
+#include "nodus/host/bvh.h"
 #include "npy_records.h"
 #include "npz_records.h"
 
@@ -30,6 +31,8 @@ TableReader::TableReader(std::string const& path)
     if (m_records != nullptr)
         for (NpyField const& field : *fields())
             m_columns.push_back(field.name);
+    else if (std::filesystem::path(path).extension() == ".bvh")
+        readSkeleton(path);
     else
         readHeader(path);
     Diagnostics diagnostics;
@@ -52,6 +55,15 @@ std::vector<NpyField> const* TableReader::fields() const
 double TableReader::fractionRead() const
 {
     return m_records != nullptr ? m_records->fractionRead() : m_lines->fractionRead();
+}
+
+void TableReader::readSkeleton(std::string const& path)
+{
+    m_lines.emplace(path, LineEnds::everywhere);
+    BvhSkeleton skeleton = readBvhSkeleton(*m_lines);
+    m_columns = std::move(skeleton.columns);
+    m_inDegrees = std::move(skeleton.isAngle);
+    m_frames = skeleton.frames;
 }
 
 void TableReader::readHeader(std::string const& path)
@@ -111,6 +123,8 @@ bool TableReader::readRow(TableRows& rows)
         rows.rows.push_back({rows.text.size(), m_rowsRead++});
         return true;
     }
+    if (m_frames)
+        return readFrame(&rows);
     auto const line = nextRow();
     if (!line)
         return false;
@@ -120,8 +134,39 @@ bool TableReader::readRow(TableRows& rows)
     return true;
 }
 
+// A line of motion capture as a row like others: commas in place of the blanks.
+bool TableReader::readFrame(TableRows* rows)
+{
+    constexpr std::string_view kBlanks = " \t\r";
+    auto const line = nextRow();
+    if (!line && m_rowsRead != *m_frames)
+        throw Fault(name() + ": has " + std::to_string(m_rowsRead) + " frames, its header says " +
+                    std::to_string(*m_frames));
+    if (!line)
+        return false;
+    if (m_rowsRead++ == *m_frames)
+        throw Fault(name() + ":" + std::to_string(line->number) +
+                    ": one more frame than the header says, " + std::to_string(*m_frames));
+    if (rows == nullptr)
+        return true;
+    std::string_view rest = line->text;
+    for (bool isFirst = true;; isFirst = false) {
+        std::size_t const begin = rest.find_first_not_of(kBlanks);
+        if (begin == rest.npos)
+            break;
+        std::size_t const end = std::min(rest.find_first_of(kBlanks, begin), rest.size());
+        rows->text.append(isFirst ? "" : ",");
+        rows->text.append(rest.substr(begin, end - begin));
+        rest.remove_prefix(end);
+    }
+    rows->rows.push_back({rows->text.size(), line->number});
+    return true;
+}
+
 bool TableReader::skipRow()
 {
+    if (m_frames)
+        return readFrame(nullptr);
     bool const isThere = m_records != nullptr ? m_records->next(nullptr) : nextRow().has_value();
     m_rowsRead += isThere ? 1 : 0;
     return isThere;

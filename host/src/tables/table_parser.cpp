@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
+#include <numbers>
 
 namespace nodus::host {
 
@@ -21,6 +22,29 @@ template <typename Real> bool readPlain(FieldWalk& walk, std::byte* to)
         return false;
     std::memcpy(to, &value, sizeof value);
     return true;
+}
+
+// Where rounding to the type is the last step.
+template <typename Real> void storeAs(double value, std::byte* to)
+{
+    Real const narrow = static_cast<Real>(value);
+    std::memcpy(to, &narrow, sizeof narrow);
+}
+
+// A number in degrees, as radians. What is wrong, or nothing.
+std::string readDegrees(std::string_view text, ValueType const& type, std::byte* to)
+{
+    if (type.id != TypeId::Float && type.id != TypeId::Double)
+        return "is an angle, for Float or Double, not for " + std::string(type.name);
+    double degrees = 0;
+    std::string wrong =
+        readNumber(text, valueType(TypeId::Double), reinterpret_cast<std::byte*>(&degrees));
+    double const radians = degrees * (std::numbers::pi / 180);
+    if (type.id == TypeId::Float)
+        storeAs<float>(radians, to);
+    else
+        storeAs<double>(radians, to);
+    return wrong;
 }
 
 bool readPlainNumber(FieldWalk& walk, TypeId type, std::byte* to)
@@ -38,7 +62,8 @@ TableParser::TableParser(TableReader const& reader, Plan const& plan)
     for (PlanSource const& source : plan.sources)
         if (source.kind == Source::Kind::column)
             byShift[source.shift].push_back(
-                {source.column, source.type, source.place, source.beyond});
+                {source.column, source.type, source.place, source.beyond,
+                 !reader.inDegrees().empty() && reader.inDegrees()[source.column]});
     for (auto& [shift, targets] : byShift) {
         m_own = shift == 0 ? m_shifts.size() : m_own;
         std::ranges::stable_sort(targets, {}, &Target::column);
@@ -63,7 +88,8 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
             continue;
         }
         bool const isOnly = target + 1 == targets.end() || target[1].column != column;
-        if (isOnly && readPlainNumber(walk, target->type->id, evaluator.at(target->place, i))) {
+        if (isOnly && !target->inDegrees &&
+            readPlainNumber(walk, target->type->id, evaluator.at(target->place, i))) {
             ++target;
             continue;
         }
@@ -119,7 +145,8 @@ void TableParser::store(std::string_view field, Target const& target, std::uint6
     } else {
         if (field.starts_with('+') && !field.starts_with("+-"))
             field.remove_prefix(1);
-        wrong = readNumber(field, *target.type, to);
+        wrong = target.inDegrees ? readDegrees(field, *target.type, to)
+                                 : readNumber(field, *target.type, to);
     }
     if (!wrong.empty())
         diagnostics.add(where(line) + ": column '" + m_columns[target.column] + "': " + wrong);

@@ -1,4 +1,5 @@
-// Tables, read as a stream: CSV files with a header line, and arrays of NumPy (.npy, .npz).
+// Tables, read as a stream: CSV files with a header line, arrays of NumPy (.npy, .npz), and motion
+// capture (.bvh).
 #pragma once
 
 #include "nodus/host/diagnostics.h"
@@ -49,8 +50,8 @@ class TableReader {
 public:
     // Opens the file and reads the header: at least one column, no two of one name. A path that
     // ends in ".npy" is an array with a field for each column, one that ends in ".npz" an archive
-    // with an array for each column or vector.
-    // path: "-" for standard input.
+    // with an array for each column or vector, one that ends in ".bvh" has those of
+    // readBvhSkeleton. path: "-" for standard input.
     explicit TableReader(std::string const& path);
     ~TableReader();
 
@@ -59,6 +60,9 @@ public:
     // Of arrays, whose rows are records; null for others.
     std::vector<NpyField> const* fields() const;
     std::vector<std::string> const& columns() const { return m_columns; }
+    // Of each column, whether it has angles in degrees, which are read as radians; empty when none
+    // has.
+    std::vector<bool> const& inDegrees() const { return m_inDegrees; }
     std::uint64_t rowsRead() const { return m_rowsRead; }
 
     // How much of the file has been read, 0 to 1; 0 when it has no size to tell.
@@ -73,11 +77,15 @@ private:
     std::optional<LineReader::Line> nextLine();
     std::optional<LineReader::Line> nextRow();
     void readHeader(std::string const& path);
+    void readSkeleton(std::string const& path);
+    bool readFrame(TableRows* rows);
 
     std::string m_name;
     std::unique_ptr<Records> m_records;  // in place of the lines
     std::optional<LineReader> m_lines;
     std::vector<std::string> m_columns;
+    std::vector<bool> m_inDegrees;
+    std::optional<std::uint64_t> m_frames;  // that motion capture says it has
     std::uint64_t m_rowsRead = 0;
     // Blank lines are rows only when a row follows.
     std::uint64_t m_blankLines = 0;
@@ -119,6 +127,7 @@ private:
         ValueType const* type;
         Place place;
         std::optional<std::array<std::byte, 8>> beyond;
+        bool inDegrees;
     };
 
     void store(std::string_view field, Target const& target, std::uint64_t line, std::byte* to,
