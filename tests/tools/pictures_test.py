@@ -57,5 +57,13 @@ class Pictures(CommandTest):
                                          ['--threads', '1', '--one-by-one'], ['--threads', '7', '--one-by-one'])]
             self.assertEqual([other == one for other in others], [True] * 4)
 
+    def test_frames_have_pictures_of_their_own(self):
+        graph = self.write('f.json', """{"nodes": {"f": {"type": "CastInt32ToFloat", "inputs": {"value": {"frame": true}}}},
+            "outputs": ["f"]}""")
+        ran = nodus('eval', graph, '--image', self.folder / 'p%03d.pfm', '--size', '1x1', '--frames', '-1:10:11')
+        self.assertEqual((ran.status, ran.error), (0, ''))
+        samples = {name: struct.unpack('<f', data[-4:])[0] for name, data in self.files().items() if name != 'f.json'}
+        self.assertEqual(samples, {'p-01.pfm': -1, 'p010.pfm': 10})
+
 
 unittest.main(verbosity=0)

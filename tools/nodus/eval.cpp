@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -28,7 +29,7 @@ struct EvalOptions {
     std::vector<std::string> settings;
     std::optional<unsigned> noiseSeed;
     int threads = 0, depth = 8;
-    bool oneByOne = false;
+    bool oneByOne = false, summary = false;
 };
 
 template <typename Work> void gather(host::Diagnostics& diagnostics, Work work)
@@ -44,6 +45,35 @@ std::size_t threadsOf(EvalOptions const& options)
 {
     return options.threads > 0 ? static_cast<std::size_t>(options.threads)
                                : std::max(1u, std::thread::hardware_concurrency());
+}
+
+// A path with the number of a frame in it: "frame_%04d.png", "%d.pfm".
+struct FramePath {
+    std::string before, after;
+    int digits = 0;
+
+    std::string of(std::int32_t frame) const
+    {
+        return fmt::format("{}{:0{}}{}", before, frame, digits, after);
+    }
+};
+
+std::optional<FramePath> framePathOf(std::string const& path)
+{
+    constexpr int kMostDigits = 20;
+    auto const percent = path.find('%');
+    if (percent == path.npos)
+        return std::nullopt;
+    FramePath found{path.substr(0, percent), {}, 0};
+    std::size_t const at = path.find_first_not_of("0123456789", percent + 1);
+    if (at == path.npos || path[at] != 'd')
+        return std::nullopt;
+    if (at > percent + 1)
+        std::from_chars(path.data() + percent + 1, path.data() + at, found.digits);
+    if (found.digits > kMostDigits)
+        return std::nullopt;
+    found.after = path.substr(at + 1);
+    return found;
 }
 
 int evaluateImage(EvalOptions const& options, Shared const& shared)
@@ -68,13 +98,15 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
         if (!options.map.empty())
             image.map = host::parseValueRange(options.map);
     });
+    auto const framePath = framePathOf(options.image);
+    host::FrameRange frames;
     gather(diagnostics, [&] {
         if (options.frames.empty())
             return;
-        host::FrameRange const frames = host::parseFrames(options.frames);
-        if (frames.count() != 1)
-            throw host::Fault("--image wants one frame, not " + options.frames);
-        image.frame = frames.first;
+        frames = host::parseFrames(options.frames);
+        if (frames.count() != 1 && !framePath)
+            throw host::Fault("--image wants one frame, not " + options.frames +
+                              ", or a name for each: frame_%04d.png");
     });
     host::GraphSurroundings surroundings{"", nullptr, true};
     surroundings.settings = options.settings;
@@ -88,10 +120,33 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
     }
 
     host::Plan const plan = options.oneByOne ? host::compile(graph) : host::compileRows(graph);
-    auto file = host::OutputFile::open(options.image);
-    host::renderImage(plan, image, file);
-    file.commit();
+    for (std::uint64_t i = 0; i < frames.count(); ++i) {
+        image.frame = frames.at(i);
+        auto file = host::OutputFile::open(framePath ? framePath->of(image.frame) : options.image);
+        host::renderImage(plan, image, file);
+        file.commit();
+    }
     return 0;
+}
+
+// On standard error, behind the log.
+void tell(host::Summary const& summary, EvalOptions const& options, host::Graph graph)
+{
+    std::string text = options.summary ? summary.text() : "";
+    if (auto const& nan = summary.firstNan()) {
+        std::string const output = graph.outputs[nan->output].name;
+        std::string const node = host::whereNanCameUp(std::move(graph), *nan, options.data);
+        text += fmt::format("note: NaN in {} of {} frames, first in frame {}, '{}'{}\n",
+                            summary.framesWithNan(), summary.frames(), nan->frame,
+                            host::printable(output),
+                            node.empty() ? "" : "; it came up in node " + host::inQuotes(node));
+    }
+    if (text.empty())
+        return;
+    auto messages = host::OutputFile::onDescriptor(STDERR_FILENO, "standard error");
+    messages.outliveReader();
+    messages.write(text);
+    messages.commit();
 }
 
 int evaluate(EvalOptions const& options, Shared const& shared)
@@ -145,7 +200,7 @@ int evaluate(EvalOptions const& options, Shared const& shared)
     bool const isFew = run.frames ? run.frames->count() <= 2 : !table;
     host::Plan const plan =
         options.oneByOne || isFew ? host::compile(graph) : host::compileRows(graph);
-    graph = {};
+    host::Summary summary(plan, options.summary);
 
     auto results = host::OutputFile::open(options.out);
     auto log = options.log.empty() ? host::OutputFile::onDescriptor(STDERR_FILENO, "standard error")
@@ -154,6 +209,7 @@ int evaluate(EvalOptions const& options, Shared const& shared)
     if (!writesOut)
         log.outliveReader();
     run.results = &results;
+    run.summary = &summary;
     run.log = &log;
     run.threads = threadsOf(options);
     std::uint64_t const total = run.frames ? run.frames->count() : table ? 0 : 1;
@@ -166,6 +222,7 @@ int evaluate(EvalOptions const& options, Shared const& shared)
     log.flush();
     results.commit();
     log.commit();
+    tell(summary, options, std::move(graph));
     return 0;
 }
 
@@ -229,6 +286,10 @@ Command addEval(CLI::App& app, Shared const& shared)
         "--one-by-one", options->oneByOne,
         "Call the module's kernels one by one instead of its companion's, which take\n"
         "many frames at once. No result depends on it; it is slower.");
+    command->add_flag(
+        "--summary", options->summary,
+        "Tell on standard error, for each lane of the results, how many there are, their\n"
+        "minimum, maximum and mean, and how many are NaN or infinite.");
     CLI::Option* const image =
         command
             ->add_option(
@@ -236,7 +297,8 @@ Command addEval(CLI::App& app, Shared const& shared)
                 "Evaluate the graph once for each pixel, and write its one output, a Float, a\n"
                 "Color or a Float4, as a picture. A .png file; or .pfm, with the values as they\n"
                 "are (of four lanes the first three). It may have pixels as sources, but no\n"
-                "columns. - is a PNG on standard output.")
+                "columns. %04d in the name is the frame, of which there may then be many.\n"
+                "- is a PNG on standard output.")
             ->type_name("FILE")
             ->excludes(data)
             ->excludes(out)
@@ -266,7 +328,8 @@ Command addEval(CLI::App& app, Shared const& shared)
         "  nodus eval examples/drive.json --data examples/drive.csv --out drive.jsonl\n"
         "  nodus eval examples/noise.json --frames 0:999 --shard 2/4 --out 2.csv\n"
         "  nodus eval examples/clouds.json --image clouds.png --size 1024x1024\n"
-        "  nodus eval examples/clouds.json --image clouds.pfm\n\n"
+        "  nodus eval examples/clouds.json --image clouds.pfm\n"
+        "  nodus eval examples/clouds.json --image cloud_%04d.png --frames 0:47\n\n"
         "Exit status:\n"
         "  0  results, log or picture are written\n"
         "  1  the work failed, for want of memory for instance\n"

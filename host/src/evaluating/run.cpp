@@ -34,6 +34,7 @@ struct Batch {
     RowsOfFrames table;
     TextBuffer results, log;
     Diagnostics faults;
+    std::optional<Summary> summary;
     std::string readerFault;  // comes behind those of the rows that were read
 
     void clear()
@@ -43,6 +44,7 @@ struct Batch {
         results.clear();
         log.clear();
         faults = {};
+        summary.reset();
         readerFault.clear();
     }
 };
@@ -65,6 +67,8 @@ public:
             m_parser.emplace(*options.table, plan);
         if (m_parser && m_parser->isShifted())
             m_window.emplace(*options.table, m_parser->shifts());
+        if (options.summary != nullptr)
+            m_noResults = *options.summary;
         // Enough work to make handing over cheap, little enough to bound memory and latency.
         std::size_t const work =
             plan.steps.size() + plan.rowSteps.size() / kRowsAreFaster + 4 * plan.outputs.size() + 4;
@@ -188,6 +192,7 @@ private:
         std::scoped_lock const lock(batch.turn);
         Worker& worker = *m_workers.local();
         std::size_t const inBlock = m_plan.framesPerBlock;
+        batch.summary = m_noResults;
         for (std::size_t first = 0; first < batch.frames.size(); first += inBlock) {
             std::size_t const count = std::min(inBlock, batch.frames.size() - first);
             for (std::size_t i = 0; i < count && m_parser; ++i)
@@ -198,6 +203,8 @@ private:
             std::span const frames = std::span(batch.frames).subspan(first, count);
             worker.evaluator.evaluate(frames);
             worker.log.takeLines(batch.log);
+            if (batch.summary)
+                batch.summary->add(worker.evaluator, frames);
             for (std::size_t i = 0; i < count; ++i)
                 m_writer.append(worker.evaluator, i, frames[i], batch.results);
         }
@@ -240,6 +247,8 @@ private:
             if (m_options.beforeLog)
                 m_options.log->flush();
         }
+        if (batch.summary)
+            m_options.summary->add(*batch.summary);
         m_done += batch.frames.size();
         if (m_options.progress)
             m_options.progress(m_done);
@@ -265,6 +274,7 @@ private:
     Plan const& m_plan;
     RunOptions const& m_options;
     ResultWriter m_writer;
+    std::optional<Summary> m_noResults;  // what batches begin with
     std::optional<TableParser> m_parser;
     tbb::enumerable_thread_specific<std::unique_ptr<Worker>> m_workers;
     std::vector<Batch> m_batches;

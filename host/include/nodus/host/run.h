@@ -5,6 +5,7 @@
 #include "nodus/host/output_file.h"
 #include "nodus/host/plan.h"
 #include "nodus/host/result_writer.h"
+#include "nodus/host/summary.h"
 #include "nodus/host/table.h"
 
 #include <cstddef>
@@ -25,6 +26,8 @@ struct RunOptions {
     OutputFile* log = nullptr;  // lines "frame 12: text", in the order of the frames
     // When somebody reads along: called before log lines are written, which then do not wait.
     std::function<void()> beforeLog;
+    // Made of the same plan, and new: what the results are is added to it.
+    Summary* summary = nullptr;
     // Called now and then, by one thread at a time, with the number of frames that are done.
     std::function<void(std::uint64_t)> progress;
 };

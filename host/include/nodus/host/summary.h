@@ -1,0 +1,63 @@
+// What came out of a run: how many results, between which ends, and where the first NaN was.
+#pragma once
+
+#include "nodus/host/evaluator.h"
+#include "nodus/host/graph.h"
+#include "nodus/host/plan.h"
+
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace nodus::host {
+
+// For one thread at a time. The plan outlives it.
+class Summary {
+public:
+    // Without withAll only NaN is looked for.
+    Summary(Plan const& plan, bool withAll);
+
+    // The frames of the evaluator's last block.
+    void add(Evaluator const& evaluator, std::span<std::int32_t const> frames);
+    // What another one has, of later frames.
+    void add(Summary const& later);
+
+    // A line for each lane of the outputs, under a line of headings. Mean, minimum and maximum are
+    // of what is finite.
+    std::string text() const;
+
+    struct FirstNan {
+        std::size_t output;  // of the plan
+        std::int32_t frame;
+    };
+    std::optional<FirstNan> const& firstNan() const { return m_firstNan; }
+    std::uint64_t framesWithNan() const { return m_framesWithNan; }
+    std::uint64_t frames() const { return m_frames; }
+
+private:
+    struct Lane {
+        std::string name;
+        Place place;
+        TypeId type;
+        std::size_t output;
+        std::uint64_t nans = 0, infinities = 0, finite = 0;
+        double least = std::numeric_limits<double>::infinity();
+        double most = -std::numeric_limits<double>::infinity();
+        double sum = 0;
+    };
+    void look(Lane& lane, double value) const;
+
+    bool m_withAll;
+    std::vector<Lane> m_lanes;
+    std::optional<FirstNan> m_firstNan;
+    std::uint64_t m_framesWithNan = 0, m_frames = 0;
+};
+
+// The node whose NaN was the first on the way to an output of the graph, by its name; empty when
+// the table cannot be read once more. tablePath: empty without a table.
+std::string whereNanCameUp(Graph graph, Summary::FirstNan const& nan, std::string const& tablePath);
+
+}  // namespace nodus::host
