@@ -1,10 +1,13 @@
 // Plans for rows, and arrays in memory: the bits of kernels called one by one, whatever the graph.
 #include "fixtures.h"
 
+#include "nodus/String.h"
 #include "nodus/host/arrays.h"
 #include "nodus/host/run.h"
 
+#include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <cstring>
 #include <deque>
@@ -251,7 +254,7 @@ TEST(Arrays, FaultsNameTheArray)
     InputArray const in[] = {{"x", TypeId::Double, &value, 0}, {"n", TypeId::Int32, &value, 0}};
     OutputArray const out[] = {{"v.result.x", TypeId::Float, &value, 4},
                                {"w.result.z", TypeId::Int32, &value, 4},
-                               {"s.result", TypeId::String, &value, 8}};
+                               {"s.result", TypeId::Float, &value, 8}};
     EXPECT_EQ(faultsOf([&] {
                   evaluator.evaluate(2, in, out, {INT32_MAX, 1});
               }),
@@ -259,7 +262,43 @@ TEST(Arrays, FaultsNameTheArray)
               "column 'y' (Float) wants an array\n"
               "the graph lists no output 'v.result.x'\n"
               "output 'w.result.z' is Float, its array Int32\n"
-              "output 's.result' is a text, which no array holds\n"
+              "output 's.result' is String, its array Float\n"
               "2 rows from frame 2147483647 on are more than there are frames\n");
     EXPECT_EQ(value, 5);
+}
+
+TEST(Arrays, FramesInAnyOrderTextsLogAndTheEnd)
+{
+    ArrayEvaluator const evaluator(graphOf(kArrayGraph, anyColumns()));
+    std::vector<float> const x(3000);
+    std::vector<std::int32_t> frames(x.size()), sums(x.size());
+    for (std::size_t i = 0; i < x.size(); ++i)
+        frames[i] = static_cast<std::int32_t>(2 * (x.size() - i));
+    std::int32_t const n = 1;
+    std::vector<nodus::String> texts(x.size());
+    InputArray const in[] = {{"x", TypeId::Float, x.data(), sizeof(float)},
+                             {"y", TypeId::Float, x.data(), 0},
+                             {"n", TypeId::Int32, &n, 0}};
+    OutputArray const out[] = {{"i.result", TypeId::Int32, sums.data(), sizeof sums[0]},
+                               {"s.result", TypeId::String, texts.data(), sizeof texts[0]}};
+    for (std::size_t const threads : {1u, 3u}) {
+        TextBuffer log;
+        std::atomic<std::size_t> done = 0;
+        evaluator.evaluate(x.size(), in, out,
+                           {.threads = threads,
+                            .frames = frames.data(),
+                            .framesStride = sizeof frames[0],
+                            .log = &log,
+                            .done = &done});
+        EXPECT_EQ(done, x.size());
+        for (std::size_t i = 0; i < x.size(); ++i) {
+            ASSERT_EQ(sums[i], frames[i] + 1);
+            ASSERT_EQ(std::string(std::string(texts[i]).c_str()), "text");
+        }
+        EXPECT_EQ(std::ranges::count(log.view(), '\n'), std::ptrdiff_t(x.size()));
+        std::ranges::fill(sums, 0);
+    }
+    std::atomic<bool> const stop = true;
+    evaluator.evaluate(x.size(), in, out, {.stop = &stop});
+    EXPECT_EQ(sums, std::vector<std::int32_t>(x.size()));
 }

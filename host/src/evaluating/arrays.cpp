@@ -3,9 +3,9 @@
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/evaluator.h"
+#include "nodus/host/frame_log.h"
 #include "row_evaluation.h"
 
-#include <tbb/blocked_range.h>
 #include <tbb/enumerable_thread_specific.h>
 #include <tbb/global_control.h>
 #include <tbb/parallel_for.h>
@@ -58,7 +58,13 @@ std::vector<Use> inputUses(Plan const& plan, std::vector<std::string> const& col
         if (source.kind != Source::Kind::column)
             continue;
         std::string const what = "column " + inQuotes(columns[source.column]);
-        auto const array = std::ranges::find(arrays, columns[source.column], &InputArray::column);
+        auto array = std::ranges::find(arrays, columns[source.column], &InputArray::column);
+        // A column that inputs of several types take has an array for each.
+        auto const fits = std::ranges::find_if(arrays, [&](InputArray const& each) {
+            return each.column == columns[source.column] && each.type == source.type->id;
+        });
+        if (fits != arrays.end())
+            array = fits;
         if (array == arrays.end())
             faults.add(what + " (" + std::string(source.type->name) + ") wants an array");
         else if (array->type != source.type->id)
@@ -78,8 +84,6 @@ std::vector<Use> outputUses(Plan const& plan, std::span<OutputArray const> array
         std::string const what = "output " + inQuotes(array.output);
         if (output == plan.outputs.end())
             faults.add("the graph lists no " + what);
-        else if (output->type->id == TypeId::String)
-            faults.add(what + " is a text, which no array holds");
         else if (output->type->id != array.type)
             faults.add(isOfType(what, *output->type, array.type));
         else
@@ -94,17 +98,21 @@ std::vector<Use> outputUses(Plan const& plan, std::span<OutputArray const> array
 class Worker {
 public:
     Worker(Plan const& plan, std::size_t rows, std::vector<Use> const& inputs,
-           std::vector<Use> const& outputs)
-        : m_rows(rows), m_inputs(inputs), m_outputs(outputs), m_evaluator(plan, nullptr),
+           std::vector<Use> const& outputs, ArrayOptions const& options)
+        : m_rows(rows), m_inputs(inputs), m_outputs(outputs), m_options(options),
+          m_evaluator(plan, options.log != nullptr ? &m_log : nullptr),
           m_frames(plan.framesPerBlock)
     {
     }
 
-    void evaluate(std::size_t first, std::size_t rows, std::int32_t frame)
+    void evaluate(std::size_t first, std::size_t rows)
     {
         Plan const& plan = m_evaluator.plan();
         std::span const frames = std::span(m_frames).first(rows);
-        std::iota(frames.begin(), frames.end(), frame);
+        placeFrames(frames, first);
+        for (PlanSource const& source : plan.sources)
+            if (source.kind == Source::Kind::pixelX || source.kind == Source::Kind::pixelY)
+                placePixels(source, first, rows);
         for (Use const& use : m_inputs) {
             RowsOfPort const array = use.from(first);
             Place const to = plan.sources[use.place].place;
@@ -130,6 +138,9 @@ public:
         }
     }
 
+    // Of the block evaluated last.
+    void takeLines(TextBuffer& to) { m_log.takeLines(to); }
+
 private:
     // Rows before or after, one by one; those that are not there by their defaults, or the nearest.
     void copyShifted(Use const& use, std::size_t first, std::size_t rows)
@@ -143,17 +154,52 @@ private:
                 row != wanted && source.beyond
                     ? source.beyond->data()
                     : static_cast<std::byte const*>(use.from(static_cast<std::size_t>(row)).first);
-            std::memcpy(m_evaluator.at(source.place, i), from, source.type->size);
+            moveRows(source.type->id, from, 0, m_evaluator.at(source.place, i), 0, 1);
+        }
+    }
+
+    void placeFrames(std::span<std::int32_t> frames, std::size_t first) const
+    {
+        if (m_options.frames == nullptr) {
+            std::iota(
+                frames.begin(), frames.end(),
+                static_cast<std::int32_t>(m_options.firstFrame + static_cast<std::int64_t>(first)));
+            return;
+        }
+        auto const* const from = static_cast<std::byte const*>(m_options.frames) +
+                                 static_cast<std::ptrdiff_t>(first) * m_options.framesStride;
+        moveRows(TypeId::Int32, from, m_options.framesStride,
+                 reinterpret_cast<std::byte*>(frames.data()), sizeof frames[0], frames.size());
+    }
+
+    void placePixels(PlanSource const& source, std::size_t first, std::size_t rows)
+    {
+        std::size_t const width = m_options.imageWidth;
+        for (std::size_t i = 0; i < rows; ++i) {
+            std::size_t const pixel = first + i;
+            float const centre =
+                0.5f + static_cast<float>(source.kind == Source::Kind::pixelX ? pixel % width
+                                                                              : pixel / width);
+            std::memcpy(m_evaluator.at(source.place, i), &centre, sizeof centre);
         }
     }
 
     std::size_t m_rows;  // in all
     std::vector<Use> const& m_inputs;
     std::vector<Use> const& m_outputs;
+    ArrayOptions const& m_options;
+    FrameLog m_log;
     Evaluator m_evaluator;
     std::vector<std::int32_t> m_frames;
     std::vector<Use const*> m_copied;
 };
+
+bool hasPixels(Plan const& plan)
+{
+    return std::ranges::any_of(plan.sources, [](PlanSource const& source) {
+        return source.kind == Source::Kind::pixelX || source.kind == Source::Kind::pixelY;
+    });
+}
 
 }  // namespace
 
@@ -171,29 +217,44 @@ void ArrayEvaluator::evaluate(std::size_t rows, std::span<InputArray const> inpu
     std::vector<Use> const out = outputUses(m_plan, outputs, faults);
     std::int64_t const framesLeft =
         std::int64_t{std::numeric_limits<std::int32_t>::max()} - options.firstFrame + 1;
-    if (rows > static_cast<std::uint64_t>(framesLeft))
+    if (options.frames == nullptr && rows > static_cast<std::uint64_t>(framesLeft))
         faults.add(std::to_string(rows) + " rows from frame " + std::to_string(options.firstFrame) +
                    " on are more than there are frames");
+    if (options.imageWidth == 0 && hasPixels(m_plan))
+        faults.add("there are pixels only when an image is evaluated");
     faults.throwIfAny();
 
-    tbb::enumerable_thread_specific<std::unique_ptr<Worker>> workers(
-        [&] { return std::make_unique<Worker>(m_plan, rows, in, out); });
     std::size_t const inBlock = m_plan.framesPerBlock;
-    tbb::global_control const limit(tbb::global_control::max_allowed_parallelism, options.threads);
-    tbb::task_arena arena(static_cast<int>(options.threads));
-    arena.execute([&] {
-        tbb::parallel_for(tbb::blocked_range<std::size_t>(0, (rows + inBlock - 1) / inBlock),
-                          [&](tbb::blocked_range<std::size_t> const& blocks) {
-                              for (std::size_t block = blocks.begin(); block < blocks.end();
-                                   ++block) {
-                                  std::size_t const first = block * inBlock;
-                                  workers.local()->evaluate(
-                                      first, std::min(inBlock, rows - first),
-                                      static_cast<std::int32_t>(options.firstFrame +
-                                                                static_cast<std::int64_t>(first)));
-                              }
-                          });
-    });
+    std::size_t const blocks = (rows + inBlock - 1) / inBlock;
+    std::vector<TextBuffer> lines(options.log != nullptr ? blocks : 0);
+    auto const evaluateBlock = [&](Worker& worker, std::size_t block) {
+        if (options.stop != nullptr && options.stop->load(std::memory_order_relaxed))
+            return;
+        std::size_t const first = block * inBlock;
+        std::size_t const count = std::min(inBlock, rows - first);
+        worker.evaluate(first, count);
+        if (options.log != nullptr)
+            worker.takeLines(lines[block]);
+        if (options.done != nullptr)
+            options.done->fetch_add(count, std::memory_order_relaxed);
+    };
+    if (options.threads <= 1) {
+        Worker worker(m_plan, rows, in, out, options);
+        for (std::size_t block = 0; block < blocks; ++block)
+            evaluateBlock(worker, block);
+    } else {
+        tbb::enumerable_thread_specific<std::unique_ptr<Worker>> workers(
+            [&] { return std::make_unique<Worker>(m_plan, rows, in, out, options); });
+        tbb::global_control const limit(tbb::global_control::max_allowed_parallelism,
+                                        options.threads);
+        tbb::task_arena arena(static_cast<int>(options.threads));
+        arena.execute([&] {
+            tbb::parallel_for(std::size_t{0}, blocks,
+                              [&](std::size_t block) { evaluateBlock(*workers.local(), block); });
+        });
+    }
+    for (TextBuffer const& text : lines)
+        options.log->append(text.view());
 }
 
 }  // namespace nodus::host
