@@ -1,6 +1,6 @@
 # What is installed where, by components: runtime (the runtime library), module (the kernels and their
 # catalogue), devel (headers, CMake packages, pkg-config files), qvr (the transform library, for whoever
-# wants nothing else), tools (the command and its manual).
+# wants nothing else), tools (the command and its manual), python (the Python package, see there).
 # The installed tree finds its parts by relative paths and works wherever it is moved.
 include(CMakePackageConfigHelpers)
 

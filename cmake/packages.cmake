@@ -7,6 +7,9 @@ set(CPACK_COMPONENTS_ALL runtime module devel qvr)
 if(TARGET nodus)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
+if(TARGET nodusmath_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_STRIP_FILES ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
@@ -64,6 +67,21 @@ debian_package(tools nodus-tools utils
     "The command nodus lists, describes and calls node kernels and evaluates graph"
     "files over frames; with its manual page, shell completion and sample graphs.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS graphviz)  # draws for nodus show
+if(TARGET nodusmath_python)
+  debian_package(python python3-nodusmath python
+    DEPENDS libcompute-runtime libnodusmath
+    DESCRIPTION
+      "math node kernels and graphs over NumPy arrays"
+      "The package nodusmath: every kernel as a function that broadcasts like NumPy's,"
+      "graph files over data frames, frames and images; with type stubs.")
+  # An extension is for one version of Python and for one binary interface of NumPy.
+  math(EXPR next "${Python_VERSION_MINOR} + 1")
+  string(APPEND CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+    ", python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}), python3 (<< ${Python_VERSION_MAJOR}.${next})"
+    ", python3-numpy (>= 1:1.24), python3-numpy-abi9")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_RECOMMENDS "python3-pandas, graphviz")
+  set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-tqdm, python3-dask")
+endif()
 
 # Each Debian package carries a copyright statement and a changelog of its own.
 configure_file(cmake/debian_documents.cmake.in ${CMAKE_BINARY_DIR}/packages/debian_documents.cmake

@@ -12,6 +12,7 @@ quietly "cpack makes no packages" cpack -G DEB -B "$scratch/packages"
 cd "$scratch/packages"
 packages="libcompute-runtime libqvr-dev libnodusmath libnodusmath-dev"
 [ "${3:-}" != with-tools ] || packages="$packages nodus-tools"
+[ "${4:-}" != with-python ] || packages="$packages python3-nodusmath"
 for package in $packages; do
     file=$(echo "${package}_${version}"_*.deb)
     [ -f "$file" ] || fail "there is no package $package"
@@ -30,6 +31,13 @@ done
 
 if [ "${3:-}" = with-tools ]; then
     [ -n "$("$scratch/root/usr/bin/nodus" list)" ] || fail "the packaged command lists no kernels"
+fi
+if [ "${4:-}" = with-python ]; then
+    expected="[5. 7. 9.]"
+    sum=$(PYTHONPATH=$(dirname "$(find "$scratch/root" -path '*-packages/nodusmath')") /usr/bin/python3 -c '
+import nodusmath
+print(nodusmath.Add_Float3([1, 2, 3], [4, 5, 6]))')
+    [ "$sum" = "$expected" ] || fail "the packaged Python package adds to $sum, not $expected"
 fi
 
 as_root=""

@@ -1,7 +1,7 @@
 #!/bin/sh
 # Installs into a scratch prefix, moves it, and uses it from there: a host by find_package, a host by
-# pkg-config, every public header alone, and the command.
-# usage: install_test.sh BUILD-DIRECTORY VERSION [with-tools]
+# pkg-config, every public header alone, the command, and the Python package.
+# usage: install_test.sh BUILD-DIRECTORY VERSION [with-tools [with-python]]
 set -eu
 # shellcheck source=tests/package/common.sh
 . "$(dirname "$0")/common.sh"
@@ -94,5 +94,11 @@ if [ "${3:-}" = with-tools ]; then
     for graph in *.json; do
         quietly "the installed sample graph $graph does not evaluate" evaluates "$graph"
     done
+fi
+if [ "${4:-}" = with-python ]; then
+    folder=$(dirname "$(find "$prefix" -path '*-packages/nodusmath')")
+    expect "the installed Python package" "[5. 7. 9.]" "$(cd / && PYTHONPATH=$folder /usr/bin/python3 -B -c '
+import nodusmath
+print(nodusmath.Add_Float3([1, 2, 3], [4, 5, 6]))')"
 fi
 echo "the installed tree works where it was moved to"
