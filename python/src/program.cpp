@@ -31,8 +31,9 @@ using host::TypeId;
 
 namespace {
 
-// About this many calls of a kernel take a few milliseconds: less is not worth a thread.
-constexpr std::size_t kLongWork = 1000000;
+// So many rows of a node take from ten milliseconds to some tenths of a second: less is not worth a
+// thread, for which a busy machine would have to find time.
+constexpr std::size_t kLongWork = std::size_t{16} << 20;
 constexpr std::chrono::milliseconds kPatience{50};
 
 // An evaluation on another thread.
