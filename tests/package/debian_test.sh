@@ -1,6 +1,6 @@
 #!/bin/sh
 # Makes the Debian packages, asks lintian, and runs what they hold.
-# usage: debian_test.sh BUILD-DIRECTORY VERSION [with-tools]
+# usage: debian_test.sh BUILD-DIRECTORY VERSION [with-tools [with-python]]
 set -eu
 # shellcheck source=tests/package/common.sh
 . "$(dirname "$0")/common.sh"

@@ -1,7 +1,6 @@
 """Kernels over arrays: the bits of the module's own entry points, whatever the arrays look like."""
 import ctypes
 import inspect
-import os
 import pathlib
 import pickle
 import pydoc
@@ -145,6 +144,7 @@ def test_every_kernel_has_its_help():
     assert "in rad" in nm.Sin_Float.__doc__
     assert nm.find("blend")[0].__name__ in ("Lerp_Quat", "Slerp_Quat")
     assert nm.find("no such thing") == []
+    assert {family["name"] for family in nm.catalogue["families"]} == {one["family"] for one in DESCRIBED.values()}
 
 
 @pytest.mark.parametrize("call, expected", [
