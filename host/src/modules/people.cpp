@@ -2,9 +2,9 @@
 #include "nodus/host/literals.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/shortest.h"
 
 #include <array>
-#include <charconv>
 #include <cstring>
 #include <iterator>
 #include <numbers>
@@ -68,10 +68,8 @@ std::string understandUnit(JsonValue& literal, std::string_view wanted)
     std::string written(number);
     if (unit->inRadians != port->inRadians) {
         std::array<char, 32> shortest;
-        char* const end = shortest.data() + shortest.size();
-        written.assign(
-            shortest.data(),
-            std::to_chars(shortest.data(), end, value * unit->inRadians / port->inRadians).ptr);
+        written.assign(shortest.data(),
+                       writeShortest(shortest.data(), value * unit->inRadians / port->inRadians));
     }
     literal.kind = Kind::real;
     literal.text = written;
