@@ -9,9 +9,11 @@ set(modules_dir ${CMAKE_INSTALL_LIBDIR}/nodus/modules)
 install(TARGETS compute_runtime EXPORT compute_runtime-targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT devel)
-install(TARGETS nodusmath EXPORT nodusmath-targets
+install(TARGETS nodusmath nodus_module EXPORT nodusmath-targets
   LIBRARY DESTINATION ${modules_dir} COMPONENT module
   FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT devel)
+# What modules of one's own are built with.
+install(DIRECTORY cmake/module DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/nodusmath COMPONENT devel)
 install(TARGETS nodusmath_rows LIBRARY DESTINATION ${modules_dir} COMPONENT module)
 install(TARGETS qvr EXPORT qvr-targets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT qvr
@@ -57,7 +59,9 @@ foreach(package compute_runtime nodusmath qvr)
     DESTINATION ${package_dir} COMPONENT ${component})
   configure_package_config_file(
     cmake/${package}-config.cmake.in ${CMAKE_BINARY_DIR}/packages/${package}-config.cmake
-    INSTALL_DESTINATION ${package_dir} PATH_VARS modules_dir NO_CHECK_REQUIRED_COMPONENTS_MACRO)
+    INSTALL_DESTINATION ${package_dir} PATH_VARS
+      modules_dir CMAKE_INSTALL_BINDIR CMAKE_INSTALL_DATADIR CMAKE_INSTALL_LIBEXECDIR
+    NO_CHECK_REQUIRED_COMPONENTS_MACRO)
   write_basic_package_version_file(
     ${CMAKE_BINARY_DIR}/packages/${package}-config-version.cmake COMPATIBILITY SameMajorVersion)
   configure_file(cmake/${package}.pc.in ${CMAKE_BINARY_DIR}/packages/${package}.pc @ONLY)
@@ -75,6 +79,14 @@ endif()
 install(TARGETS nodus RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus/examples COMPONENT tools
   USE_SOURCE_PERMISSIONS)
+install(DIRECTORY tools/nodus/new_module DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus COMPONENT tools
+  USE_SOURCE_PERMISSIONS)
+# The page of another module is written by the same program.
+file(RELATIVE_PATH helpers_to_lib ${CMAKE_INSTALL_FULL_LIBEXECDIR}/nodus ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(nodus_reference PROPERTIES INSTALL_RPATH "$ORIGIN/${helpers_to_lib}")
+install(TARGETS nodus_reference RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/nodus COMPONENT tools)
+install(FILES docs/reference/page.html docs/reference/page.css docs/reference/page.js
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus/reference COMPONENT tools)
 
 install(FILES ${CMAKE_BINARY_DIR}/reference/index.html
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference COMPONENT tools)

@@ -3,19 +3,7 @@
 // answer every input.
 #pragma once
 
-#include "nodus/Export.h"
-
-// Over rows, a kernel is one loop with nothing called from it that could be inlined, compiled for
-// each of these processors: the best that runs here is chosen while the library is being loaded.
-#if defined(NODUS_ENTRY)
-#elif !defined(NODUS_ROWS)
-#define NODUS_ENTRY NODUS_API
-#elif defined(__clang__) || !defined(__x86_64__)
-#define NODUS_ENTRY __attribute__((flatten))
-#else
-#define NODUS_ENTRY                                                                                \
-    __attribute__((flatten, target_clones("default", "arch=x86-64-v3", "arch=x86-64-v4")))
-#endif
+#include "entry_points.h"
 
 extern "C" {
 
@@ -24,9 +12,8 @@ extern "C" {
 NODUS_API void nodusmath_loadModule() noexcept;
 NODUS_API void nodusmath_unloadModule() noexcept;
 
-#define NODUS_KERNEL(name) NODUS_ENTRY void name(void const* in, void* out) noexcept;
-#define NODUS_GENERATOR(name)                                                                      \
-    NODUS_ENTRY void name(void const* in, void* workspace, void* out) noexcept;
+#define NODUS_KERNEL NODUS_DECLARE_KERNEL
+#define NODUS_GENERATOR NODUS_DECLARE_GENERATOR
 #include "kernels.def"
 #undef NODUS_KERNEL
 #undef NODUS_GENERATOR

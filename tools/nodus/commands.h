@@ -34,7 +34,9 @@ Command addList(CLI::App& app, Shared const& shared);
 Command addManual(CLI::App& app, Shared const& shared);
 Command addMerge(CLI::App& app);
 Command addNewGraph(CLI::App& app);
+Command addNewModule(CLI::App& app);
 Command addShow(CLI::App& app, Shared const& shared);
+Command addTest(CLI::App& app, Shared const& shared);
 Command addVersion(CLI::App& app);
 
 }  // namespace nodus::tools
