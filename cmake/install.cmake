@@ -91,7 +91,7 @@ install(FILES docs/reference/page.html docs/reference/page.css docs/reference/pa
 install(FILES ${CMAKE_BINARY_DIR}/reference/index.html
   DESTINATION ${CMAKE_INSTALL_DOCDIR}/reference COMPONENT tools)
 
-# The command itself writes its manual and completions.
+# The command itself writes its manual, completions and the schema of graph files.
 find_program(GZIP gzip)
 set(manual_page nodus.1)
 set(manual_commands COMMAND nodus manual man > nodus.1)
@@ -103,11 +103,14 @@ set(manual_dir ${CMAKE_BINARY_DIR}/manual)
 file(MAKE_DIRECTORY ${manual_dir})
 add_custom_command(
   OUTPUT ${manual_dir}/${manual_page} ${manual_dir}/nodus.bash ${manual_dir}/_nodus
+    ${manual_dir}/graph.schema.json
   ${manual_commands}
   COMMAND nodus manual bash > nodus.bash
   COMMAND nodus manual zsh > _nodus
+  COMMAND nodus manual schema > graph.schema.json
   WORKING_DIRECTORY ${manual_dir}
-  COMMENT "Writing the manual page and the completions")
+  DEPENDS nodusmath
+  COMMENT "Writing the manual page, the completions and the schema")
 add_custom_target(nodus_manual ALL DEPENDS ${manual_dir}/${manual_page})
 install(FILES ${manual_dir}/${manual_page}
   DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
@@ -115,3 +118,5 @@ install(FILES ${manual_dir}/nodus.bash RENAME nodus
   DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
 install(FILES ${manual_dir}/_nodus
   DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
+install(FILES ${manual_dir}/graph.schema.json
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/nodus COMPONENT tools)

@@ -11,7 +11,7 @@ test="$run googletest libgmp-dev musl-dev qemu-user clang clang-format clang-tid
     libclang-rt-14-dev binutils valgrind pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db
     parallel openmpi-bin python3 python3-numpy python3-pil python3-selenium chromium chromium-driver
     pybind11-dev python3-dev python3-pytest python3-hypothesis python3-pandas python3-matplotlib
-    python3-scipy python3-tqdm python3-dask python3-distributed mypy"
+    python3-scipy python3-tqdm python3-dask python3-distributed mypy python3-jsonschema"
 benchmark="$run valgrind python3 python3-matplotlib time
     pybind11-dev python3-dev python3-numpy python3-numexpr python3-scipy python3-pandas
     libbenchmark-dev libfast-float-dev libglm-dev libeigen3-dev libimath-dev libmpfr-dev libstb-dev"

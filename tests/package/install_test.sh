@@ -82,6 +82,7 @@ if [ "${3:-}" = with-tools ]; then
     [ -n "$(cd / && "$nodus" list)" ] || fail "the installed command lists no kernels"
     grep -q 'id="Slerp"' "$prefix/share/doc/nodusmath/reference/index.html" ||
         fail "there is no node reference"
+    grep -q '"Abs_Float3"' "$prefix/share/nodus/graph.schema.json" || fail "there is no schema"
     cd "$prefix"/share/nodus/examples
     evaluates() { # alone, as a picture, or with one of the tables beside it
         "$nodus" eval "$1" --frames 0:1 && return

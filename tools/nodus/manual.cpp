@@ -1,11 +1,13 @@
 // nodus manual, a hidden command: the manual page and the completions, made from the definition of
-// the command line, which also makes --help; and the words that completions ask for.
+// the command line, which also makes --help; the words that completions ask for; and the schema of
+// graph files.
 #include "command_line.h"
 #include "completion.h"
 #include "environment.h"
 #include "manual_page.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/graph_schema.h"
 
 namespace nodus::tools {
 
@@ -41,7 +43,7 @@ Command addManual(CLI::App& app, Shared const& shared)
     CLI::App* const command = app.add_subcommand("manual", "Write the manual or a completion");
     command->group("")->footer("");
     auto const what = std::make_shared<std::string>(), type = std::make_shared<std::string>();
-    command->add_option("WHAT", *what, "man, bash, zsh, types or ports")->required();
+    command->add_option("WHAT", *what, "man, bash, zsh, types, ports or schema")->required();
     command->add_option("TYPE", *type, "The node type whose ports are meant");
     return {command, [what, type, &app, &shared] {
                 if (*what == "man" || *what == "bash" || *what == "zsh") {
@@ -50,12 +52,13 @@ Command addManual(CLI::App& app, Shared const& shared)
                                             : zshCompletion(app));
                     return 0;
                 }
-                if (*what != "types" && *what != "ports")
-                    throw host::Fault("manual wants man, bash, zsh, types or ports, not " +
+                if (*what != "types" && *what != "ports" && *what != "schema")
+                    throw host::Fault("manual wants man, bash, zsh, types, ports or schema, not " +
                                       host::inQuotes(*what));
                 Environment const environment(shared);
-                print(*what == "types" ? nodeTypes(environment.catalogue())
-                                       : portsOf(environment.catalogue(), *type));
+                print(*what == "types"    ? nodeTypes(environment.catalogue())
+                      : *what == "schema" ? host::graphSchema(environment.catalogue())
+                                          : portsOf(environment.catalogue(), *type));
                 return 0;
             }};
 }

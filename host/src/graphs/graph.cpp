@@ -136,7 +136,11 @@ Graph GraphReader::read(JsonValue const& root)
               "a graph is an object with 'nodes' and 'outputs', not " + root.describe());
         return {};
     }
-    checkMembers(root, {"nodes", "outputs", "parameters", "description"}, {root.line, ""});
+    std::vector<std::string_view> known{"nodes", "outputs", "parameters", "description"};
+    // Where editors look for the schema.
+    if (root.member("$schema") != nullptr)
+        known.emplace_back("$schema");
+    checkMembers(root, std::move(known), {root.line, ""});
     if (JsonValue const* const text = root.member("description")) {
         if (!text->is(Kind::text))
             fault({text->line, ""}, "'description' wants a text, not " + text->describe());
