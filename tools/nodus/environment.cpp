@@ -83,7 +83,9 @@ void addSettings(CLI::App& command, std::vector<std::string>& settings)
         .add_option(
             "--set", settings,
             "A value for a parameter of the graph, written as for nodus call. It may be given\n"
-            "more than once. nodus describe GRAPH.json lists the parameters.")
+            "more than once. The parameters are listed by nodus describe GRAPH.json, and by "
+            "--help\n"
+            "behind a graph.")
         ->type_name("NAME=VALUE")
         ->take_all()
         ->allow_extra_args(false);

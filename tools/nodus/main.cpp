@@ -4,6 +4,7 @@
 #include "usage.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/input_file.h"
 #include "nodus/host/output_file.h"
 
 #include <fcntl.h>
@@ -66,6 +67,22 @@ int endAtClosedPipe()
     return kClosedPipe;  // who started the command has blocked the signal
 }
 
+// Of a command that was given a graph, what that graph can be given, behind the help.
+void help(CLI::App& app, nodus::tools::Shared const& shared)
+{
+    nodus::tools::print(app.help());
+    for (CLI::App* const command : app.get_subcommands()) {
+        CLI::Option const* const graph = command->get_option_no_throw("GRAPH");
+        std::string const path =
+            graph != nullptr && graph->count() != 0 ? graph->results().front() : "";
+        if (path.empty() || nodus::host::isStandardStream(path))
+            continue;
+        nodus::tools::Environment const environment(shared);
+        nodus::tools::print("\nThe graph " +
+                            nodus::tools::describeGraph(path, environment.catalogue()));
+    }
+}
+
 int run(int argc, char** argv)
 {
     CLI::App app("Evaluates graphs of math nodes over frames.", "nodus");
@@ -113,7 +130,7 @@ int run(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (CLI::CallForHelp const&) {
-        nodus::tools::print(app.help());
+        help(app, shared);
         return 0;
     } catch (CLI::CallForVersion const&) {
         nodus::tools::print(app.version() + "\n");
