@@ -98,6 +98,20 @@ void print(std::string_view text)
     output.commit();
 }
 
+void tellOnStandardError(std::string const& line)
+{
+    // Room for the longest path that the system takes, and some words.
+    constexpr std::size_t kLongestLine = 5000;
+    std::string const text = host::printable(host::shortened(line, kLongestLine)) + "\n";
+    [[maybe_unused]] ssize_t const written = ::write(STDERR_FILENO, text.data(), text.size());
+}
+
+void tellOnStandardError(host::Fault const& fault)
+{
+    for (std::string const& line : fault.lines())
+        tellOnStandardError("nodus: " + line);
+}
+
 std::string pictureFormat(std::string const& path, std::vector<std::string_view> const& formats)
 {
     if (host::isStandardStream(path)) {

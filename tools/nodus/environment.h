@@ -4,6 +4,7 @@
 #include "commands.h"
 
 #include "nodus/host/catalogue.h"
+#include "nodus/host/diagnostics.h"
 #include "nodus/host/module.h"
 
 #include <memory>
@@ -44,6 +45,10 @@ std::string describeGraph(std::string const& path, host::Catalogue const& catalo
 // Writes to standard output. Throws host::Fault when nobody can take it, host::ClosedPipe when
 // nobody wants it.
 void print(std::string_view text);
+
+// A line there; a line for each fault, with the name of the command in front.
+void tellOnStandardError(std::string const& line);
+void tellOnStandardError(host::Fault const& fault);
 
 // By the extension of the path, which has to be one of these; the first of them for "-", which must
 // not be a terminal. Throws host::Fault.

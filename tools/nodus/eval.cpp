@@ -2,6 +2,7 @@
 #include "command_line.h"
 #include "environment.h"
 #include "progress.h"
+#include "watch.h"
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/graph.h"
@@ -29,7 +30,7 @@ struct EvalOptions {
     std::vector<std::string> settings;
     std::optional<unsigned> noiseSeed;
     int threads = 0, depth = 8;
-    bool oneByOne = false, summary = false;
+    bool oneByOne = false, summary = false, watch = false;
 };
 
 template <typename Work> void gather(host::Diagnostics& diagnostics, Work work)
@@ -76,7 +77,9 @@ std::optional<FramePath> framePathOf(std::string const& path)
     return found;
 }
 
-int evaluateImage(EvalOptions const& options, Shared const& shared)
+// files: gets those that the graph has as nodes.
+void evaluateImage(EvalOptions const& options, Shared const& shared,
+                   std::vector<std::string>& files)
 {
     Environment const environment(shared);
     host::Diagnostics diagnostics;
@@ -110,6 +113,7 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
     });
     host::GraphSurroundings surroundings{"", nullptr, true};
     surroundings.settings = options.settings;
+    surroundings.filesRead = &files;
     host::Graph const graph =
         host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
     diagnostics.throwIfAny();
@@ -126,7 +130,6 @@ int evaluateImage(EvalOptions const& options, Shared const& shared)
         host::renderImage(plan, image, file);
         file.commit();
     }
-    return 0;
 }
 
 // On standard error, behind the log.
@@ -149,13 +152,9 @@ void tell(host::Summary const& summary, EvalOptions const& options, host::Graph 
     messages.commit();
 }
 
-int evaluate(EvalOptions const& options, Shared const& shared)
+void evaluateFrames(EvalOptions const& options, Shared const& shared,
+                    std::vector<std::string>& files)
 {
-    // The field of the noise nodes is drawn from it, once.
-    if (options.noiseSeed)
-        std::srand(*options.noiseSeed);
-    if (!options.image.empty())
-        return evaluateImage(options, shared);
     Environment const environment(shared);
     host::Diagnostics diagnostics;
     bool const writesOut = host::isStandardStream(options.out);
@@ -180,6 +179,7 @@ int evaluate(EvalOptions const& options, Shared const& shared)
     host::GraphSurroundings surroundings{options.data.empty() ? "" : host::inputName(options.data),
                                          nullptr, false};
     surroundings.settings = options.settings;
+    surroundings.filesRead = &files;
     gather(diagnostics, [&] {
         if (options.data.empty())
             return;
@@ -223,6 +223,25 @@ int evaluate(EvalOptions const& options, Shared const& shared)
     results.commit();
     log.commit();
     tell(summary, options, std::move(graph));
+}
+
+int evaluate(EvalOptions const& options, Shared const& shared)
+{
+    auto const work = [&](std::vector<std::string>& files) {
+        // The field of the noise nodes is drawn from it, once for each time the module is loaded;
+        // the C library's own seed is 1.
+        std::srand(options.noiseSeed.value_or(1));
+        if (options.image.empty())
+            evaluateFrames(options, shared, files);
+        else
+            evaluateImage(options, shared, files);
+    };
+    std::vector<std::string> files{options.graph};
+    if (!options.data.empty())
+        files.push_back(options.data);
+    if (options.watch)
+        watch(files, work);
+    work(files);
     return 0;
 }
 
@@ -290,6 +309,10 @@ Command addEval(CLI::App& app, Shared const& shared)
         "--summary", options->summary,
         "Tell on standard error, for each lane of the results, how many there are, their\n"
         "minimum, maximum and mean, and how many are NaN or infinite.");
+    command->add_flag(
+        "--watch", options->watch,
+        "Evaluate again whenever the graph, a graph in it or the table changes, until Ctrl-C.\n"
+        "Faults are told and do not end it.");
     CLI::Option* const image =
         command
             ->add_option(

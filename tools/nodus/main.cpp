@@ -19,15 +19,8 @@ namespace {
 constexpr int kWorkFailed = 1;
 constexpr int kWrongInput = 2;
 constexpr int kClosedPipe = 128 + SIGPIPE;  // the status that a shell makes of the signal
-// Room for the longest path that the system takes, and some words.
-constexpr std::size_t kLongestLine = 5000;
 
-void complain(std::string const& line)
-{
-    std::string const text =
-        "nodus: " + nodus::host::printable(nodus::host::shortened(line, kLongestLine)) + "\n";
-    [[maybe_unused]] ssize_t const written = ::write(STDERR_FILENO, text.data(), text.size());
-}
+void complain(std::string const& line) { nodus::tools::tellOnStandardError("nodus: " + line); }
 
 void onInterrupt(int signal)
 {
@@ -154,8 +147,7 @@ int main(int argc, char** argv)
     } catch (nodus::host::ClosedPipe const&) {
         return endAtClosedPipe();
     } catch (nodus::host::Fault const& fault) {
-        for (std::string const& line : fault.lines())
-            complain(line);
+        nodus::tools::tellOnStandardError(fault);
         return kWrongInput;
     } catch (std::bad_alloc const&) {
         complain("out of memory");

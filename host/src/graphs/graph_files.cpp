@@ -56,6 +56,8 @@ std::shared_ptr<GraphFile const> GraphFiles::read(std::string const& name)
 
 std::shared_ptr<GraphFile const> GraphFiles::readNew(std::string const& path)
 {
+    if (m_surroundings.filesRead != nullptr)
+        m_surroundings.filesRead->push_back(path);
     FileFaults faults(path);
     // A file that cannot be read is a fault of the node that names it.
     auto const root = readGraphJson(path, faults);

@@ -94,6 +94,8 @@ struct GraphSurroundings {
     std::vector<std::string> settings{};                // of parameters, "seed=12"
     // Graphs in the graph stay nodes, parameters and other frames sources: for looking at.
     bool asWritten = false;
+    // Gets the paths of the graph files that are read as nodes, also of those with faults.
+    std::vector<std::string>* filesRead = nullptr;
 };
 
 // Reads a graph file, "-" being standard input. Every fault of the file is added to the
