@@ -6,6 +6,8 @@
 #include "graphs.h"
 #include "markup.h"
 
+#include "nodus/host/curve_drawing.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -18,109 +20,17 @@ namespace nodus::reference {
 
 namespace {
 
+using host::Axis;
 using host::Fault;
 using Kind = JsonValue::Kind;
 
-// The drawing, in its own units, and the field of the curves within it.
-constexpr double kWidth = 420, kHeight = 230;
-constexpr double kLeft = 46, kRight = 12, kTop = 10, kBottom = 28;
-constexpr double kFieldWidth = kWidth - kLeft - kRight, kFieldHeight = kHeight - kTop - kBottom;
+constexpr host::Field kField;
+constexpr double kFieldWidth = kField.width, kFieldHeight = kField.height;
 
 // Even, and a multiple of every whole number of units in the plots: steps are met exactly.
 constexpr int kIntervals = 960;
 // How often the interval in which a curve ends is halved: to a ten-thousandth of a sample's.
 constexpr int kHalvings = 14;
-// What a curve may leave its samples by, in units of the drawing.
-constexpr double kVisible = 0.06;
-
-struct Axis {
-    double from, to;
-    bool isPi = false;
-
-    double fraction(double value) const { return (value - from) / (to - from); }
-};
-
-struct Point {
-    double x, y;
-};
-
-// The distance between marks: 1, 2 or 5 times a power of ten, at most so many over the axis.
-double stepOf(Axis const& axis, int most)
-{
-    double const least = (axis.to - axis.from) / most;
-    double const decade = std::pow(10.0, std::floor(std::log10(least)));
-    for (double const factor : {1.0, 2.0, 5.0})
-        if (factor * decade >= least)
-            return factor * decade;
-    return 10 * decade;
-}
-
-std::string label(Axis const& axis, double value)
-{
-    bool const isZero = std::fabs(value) < 1e-9;
-    std::string text = isZero ? "0" : fmt::format("{:.6g}", std::fabs(value));
-    if (axis.isPi && !isZero)
-        text = (text == "1" ? "" : text) + "π";
-    return (value < 0 && !isZero ? "−" : "") + text;
-}
-
-// The multiples of a step along an axis.
-std::vector<double> placesOf(Axis const& axis, double step)
-{
-    double const first = std::ceil(axis.from / step);
-    std::vector<double> places;
-    for (int i = 0; (first + i) * step <= axis.to + 1e-9; ++i)
-        places.push_back((first + i) * step);
-    return places;
-}
-
-std::string marks(Axis const& x, Axis const& y, std::string_view yUnit)
-{
-    std::string lines, labels;
-    for (double const at : placesOf(x, stepOf(x, 8))) {
-        double const px = kLeft + kFieldWidth * x.fraction(at);
-        lines += fmt::format("M{:.1f} {}V{}", px, kTop, kTop + kFieldHeight);
-        labels += fmt::format("<text x=\"{:.1f}\" y=\"{}\" text-anchor=\"middle\">{}</text>", px,
-                              kHeight - 9, label(x, at));
-    }
-    for (double const at : placesOf(y, stepOf(y, 5))) {
-        double const py = kTop + kFieldHeight * (1 - y.fraction(at));
-        lines += fmt::format("M{} {:.1f}H{}", kLeft, py, kLeft + kFieldWidth);
-        labels += fmt::format("<text x=\"{}\" y=\"{:.1f}\" text-anchor=\"end\">{}{}</text>",
-                              kLeft - 7, py + 4, label(y, at), yUnit);
-    }
-    std::string axes;
-    if (x.from < 0 && x.to > 0)
-        axes += fmt::format("M{:.1f} {}V{}", kLeft + kFieldWidth * x.fraction(0), kTop,
-                            kTop + kFieldHeight);
-    if (y.from <= 0 && y.to > 0)
-        axes += fmt::format("M{} {:.1f}H{}", kLeft, kTop + kFieldHeight * (1 - y.fraction(0)),
-                            kLeft + kFieldWidth);
-    return fmt::format("<path class=\"grid\" d=\"{}\"/><path class=\"axis\" d=\"{}\"/>{}", lines,
-                       axes, labels);
-}
-
-// Fewer points that show the same line: each stretch grows while all it skips stay close to it.
-std::vector<Point> thinned(std::vector<Point> const& all)
-{
-    std::vector<Point> kept;
-    for (std::size_t begin = 0; begin < all.size();) {
-        kept.push_back(all[begin]);
-        std::size_t end = begin + 1;
-        auto const isStraight = [&](std::size_t to) {
-            double const dx = all[to].x - all[begin].x, dy = all[to].y - all[begin].y;
-            for (std::size_t i = begin + 1; i < to; ++i)
-                if (std::fabs((all[i].y - all[begin].y) * dx - (all[i].x - all[begin].x) * dy) >
-                    kVisible * std::hypot(dx, dy))
-                    return false;
-            return true;
-        };
-        while (end + 1 < all.size() && isStraight(end + 1))
-            ++end;
-        begin = end;
-    }
-    return kept;
-}
 
 using Curves = std::vector<std::vector<double>>;
 
@@ -145,41 +55,6 @@ template <typename Sample> Curves sampledToTheEnds(std::vector<double>& xs, Samp
         values = sample(xs);
     }
     return values;
-}
-
-// The values are those at the fractions of the field's width. Single ones are dots, which are no
-// part of the field: they would be cut in half at its edge.
-std::string strokes(std::vector<double> const& fractions, std::vector<double> const& values,
-                    Axis const& y, bool hasSteps, int number, std::string& dots)
-{
-    std::string path;
-    std::vector<Point> piece;
-    auto const finish = [&] {
-        if (piece.size() == 1 && piece[0].y >= 0 && piece[0].y <= kFieldHeight)
-            dots += fmt::format("<circle class=\"c{}\" cx=\"{:.1f}\" cy=\"{:.1f}\" r=\"3\"/>",
-                                number, kLeft + piece[0].x, kTop + piece[0].y);
-        else if (piece.size() > 1)
-            for (Point const& point : thinned(piece))
-                path +=
-                    fmt::format("{}{:.1f} {:.1f}", path.empty() || path.back() == ' ' ? "M" : "L",
-                                point.x, point.y);
-        if (!path.empty() && path.back() != ' ')
-            path += ' ';
-        piece.clear();
-    };
-    for (std::size_t i = 0; i < values.size(); ++i) {
-        bool const isBroken =
-            !std::isfinite(values[i]) ||
-            (hasSteps && i > 0 && std::fabs(values[i] - values[i - 1]) > 0.1 * (y.to - y.from));
-        if (isBroken)
-            finish();
-        // Far outside of the field all heights look the same.
-        if (std::isfinite(values[i]))
-            piece.push_back({kFieldWidth * fractions[i],
-                             kFieldHeight * (1 - std::clamp(y.fraction(values[i]), -9.0, 9.0))});
-    }
-    finish();
-    return fmt::format("<path class=\"c{}\" d=\"{}\"/>", number, path);
 }
 
 Axis axisOf(JsonValue const& plot, std::string_view key, std::string const& origin)
@@ -218,15 +93,6 @@ JsonValue graphOf(JsonValue const& plot, std::string_view type, std::string cons
     return graphValue(std::move(nodes), outputs);
 }
 
-std::string drawing(std::string_view caption, std::string_view content, std::string_view field,
-                    std::string_view dots)
-{
-    return fmt::format("<svg viewBox=\"0 0 {} {}\" role=\"img\" aria-label=\"{}\">{}"
-                       "<svg x=\"{}\" y=\"{}\" width=\"{}\" height=\"{}\">{}</svg>{}</svg>",
-                       kWidth, kHeight, markupText(caption), content, kLeft, kTop, kFieldWidth,
-                       kFieldHeight, field, dots);
-}
-
 std::string legend(JsonValue const& plot, std::string const& origin)
 {
     std::string items;
@@ -259,8 +125,9 @@ std::string curves(host::Catalogue const& catalogue, JsonValue const& plot, std:
     std::string field, dots;
     int number = 0;
     for (auto const& values : all)
-        field += strokes(fractions, values, y, hasSteps, ++number, dots);
-    return drawing(caption, marks(x, y, ""), field, dots) + legend(plot, origin);
+        field += host::strokes(kField, fractions, values, y, hasSteps, ++number, dots);
+    return host::drawing(kField, markupText(caption), host::marks(kField, x, y, ""), field, dots) +
+           legend(plot, origin);
 }
 
 std::string histogram(host::Catalogue const& catalogue, JsonValue const& plot,
@@ -284,8 +151,8 @@ std::string histogram(host::Catalogue const& catalogue, JsonValue const& plot,
             bars += fmt::format("M{:.2f} {}V{:.2f}h{:.2f}V{}z", width * static_cast<double>(bin),
                                 kFieldHeight, kFieldHeight * (1 - y.fraction(shares[bin])),
                                 width - 1, kFieldHeight);
-    return drawing(caption, marks(x, y, "%"), fmt::format("<path class=\"bars\" d=\"{}\"/>", bars),
-                   "");
+    return host::drawing(kField, markupText(caption), host::marks(kField, x, y, "%"),
+                         fmt::format("<path class=\"bars\" d=\"{}\"/>", bars), "");
 }
 
 std::string image(host::Catalogue const& catalogue, JsonValue const& plot, std::string_view caption,

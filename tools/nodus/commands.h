@@ -35,6 +35,7 @@ Command addManual(CLI::App& app, Shared const& shared);
 Command addMerge(CLI::App& app);
 Command addNewGraph(CLI::App& app);
 Command addNewModule(CLI::App& app);
+Command addPlot(CLI::App& app, Shared const& shared);
 Command addShow(CLI::App& app, Shared const& shared);
 Command addTest(CLI::App& app, Shared const& shared);
 Command addVersion(CLI::App& app);

@@ -200,7 +200,8 @@ void evaluateFrames(EvalOptions const& options, Shared const& shared,
     bool const isFew = run.frames ? run.frames->count() <= 2 : !table;
     host::Plan const plan =
         options.oneByOne || isFew ? host::compile(graph) : host::compileRows(graph);
-    host::Summary summary(plan, options.summary);
+    host::Summary summary(plan, options.summary ? host::Summary::Extent::all
+                                                : host::Summary::Extent::nan);
 
     auto results = host::OutputFile::open(options.out);
     auto log = options.log.empty() ? host::OutputFile::onDescriptor(STDERR_FILENO, "standard error")

@@ -106,13 +106,14 @@ int run(int argc, char** argv)
         ->take_all();
 
     nodus::tools::Command const commands[] = {
-        nodus::tools::addEval(app, shared),     nodus::tools::addMerge(app),
-        nodus::tools::addNewGraph(app),         nodus::tools::addNewModule(app),
-        nodus::tools::addShow(app, shared),     nodus::tools::addList(app, shared),
-        nodus::tools::addDescribe(app, shared), nodus::tools::addCall(app, shared),
-        nodus::tools::addTest(app, shared),     nodus::tools::addCheck(app, shared),
-        nodus::tools::addDigest(app, shared),   nodus::tools::addHelp(app),
-        nodus::tools::addVersion(app),          nodus::tools::addManual(app, shared),
+        nodus::tools::addEval(app, shared),   nodus::tools::addMerge(app),
+        nodus::tools::addNewGraph(app),       nodus::tools::addNewModule(app),
+        nodus::tools::addPlot(app, shared),   nodus::tools::addShow(app, shared),
+        nodus::tools::addList(app, shared),   nodus::tools::addDescribe(app, shared),
+        nodus::tools::addCall(app, shared),   nodus::tools::addTest(app, shared),
+        nodus::tools::addCheck(app, shared),  nodus::tools::addDigest(app, shared),
+        nodus::tools::addHelp(app),           nodus::tools::addVersion(app),
+        nodus::tools::addManual(app, shared),
     };
     for (auto const& command : commands) {
         command.app->fallthrough()->set_help_flag("-h,--help", "Print this help and leave.");

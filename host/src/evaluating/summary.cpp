@@ -53,12 +53,13 @@ void readRows(std::string const& path, Plan const& plan, Evaluator& evaluator, s
 
 }  // namespace
 
-Summary::Summary(Plan const& plan, bool withAll) : m_withAll(withAll)
+Summary::Summary(Plan const& plan, Extent extent)
+    : m_withAll(extent != Extent::nan), m_keepsValues(extent == Extent::values)
 {
     for (std::size_t i = 0; i < plan.outputs.size(); ++i) {
         PlanOutput const& output = plan.outputs[i];
         ValueType const& type = *output.type;
-        if (type.id == TypeId::String || (!withAll && !isReal(type.lane)))
+        if (type.id == TypeId::String || (!m_withAll && !isReal(type.lane)))
             continue;
         for (std::size_t lane = 0; lane < type.laneNames.size(); ++lane) {
             std::string name = output.name;
@@ -92,6 +93,8 @@ void Summary::add(Evaluator const& evaluator, std::span<std::int32_t const> fram
             double const value = valueAt(lane.type, evaluator.at(lane.place, i));
             if (m_withAll)
                 look(lane, value);
+            if (m_keepsValues)
+                lane.values.push_back(value);
             if (!std::isnan(value))
                 continue;
             hasNan[i] = true;
@@ -99,12 +102,15 @@ void Summary::add(Evaluator const& evaluator, std::span<std::int32_t const> fram
                 m_firstNan = {lane.output, frames[i]};
         }
     m_frames += frames.size();
+    if (m_keepsValues)
+        m_framesKept.insert(m_framesKept.end(), frames.begin(), frames.end());
     m_framesWithNan += static_cast<std::uint64_t>(std::ranges::count(hasNan, true));
 }
 
 void Summary::add(Summary const& later)
 {
     m_frames += later.m_frames;
+    m_framesKept.insert(m_framesKept.end(), later.m_framesKept.begin(), later.m_framesKept.end());
     m_framesWithNan += later.m_framesWithNan;
     if (!m_firstNan)
         m_firstNan = later.m_firstNan;
@@ -117,6 +123,7 @@ void Summary::add(Summary const& later)
         lane.least = std::min(lane.least, more.least);
         lane.most = std::max(lane.most, more.most);
         lane.sum += more.sum;
+        lane.values.insert(lane.values.end(), more.values.begin(), more.values.end());
     }
 }
 

@@ -17,8 +17,9 @@ namespace nodus::host {
 // For one thread at a time. The plan outlives it.
 class Summary {
 public:
-    // Without withAll only NaN is looked for.
-    Summary(Plan const& plan, bool withAll);
+    // What is looked for: NaN alone, all that text() tells, or besides it the values themselves.
+    enum class Extent { nan, all, values };
+    Summary(Plan const& plan, Extent extent);
 
     // The frames of the evaluator's last block.
     void add(Evaluator const& evaluator, std::span<std::int32_t const> frames);
@@ -37,7 +38,6 @@ public:
     std::uint64_t framesWithNan() const { return m_framesWithNan; }
     std::uint64_t frames() const { return m_frames; }
 
-private:
     struct Lane {
         std::string name;
         Place place;
@@ -47,11 +47,18 @@ private:
         double least = std::numeric_limits<double>::infinity();
         double most = -std::numeric_limits<double>::infinity();
         double sum = 0;
+        std::vector<double> values{};  // one a frame, with Extent::values
     };
+    std::vector<Lane> const& lanes() const { return m_lanes; }
+    // With Extent::values, the frames of these.
+    std::vector<std::int32_t> const& framesKept() const { return m_framesKept; }
+
+private:
     void look(Lane& lane, double value) const;
 
-    bool m_withAll;
+    bool m_withAll, m_keepsValues;
     std::vector<Lane> m_lanes;
+    std::vector<std::int32_t> m_framesKept;
     std::optional<FirstNan> m_firstNan;
     std::uint64_t m_framesWithNan = 0, m_frames = 0;
 };
