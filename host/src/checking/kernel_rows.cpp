@@ -94,7 +94,9 @@ void readLane(std::string const& text, ValueType const& type, std::byte* to)
     auto const store = [to](auto number) { std::memcpy(to, &number, sizeof number); };
     char* end = nullptr;
     std::string fault = text.empty() ? "is empty" : "";
-    if (text.starts_with('"')) {
+    if (text.starts_with('"') != (type.id == TypeId::String)) {
+        fault = type.id == TypeId::String ? "without quotes" : "but a String";
+    } else if (type.id == TypeId::String) {
         *reinterpret_cast<String*>(to) = String(text.substr(1, text.size() - 2));
     } else if (text.starts_with('#')) {
         auto const pattern = std::strtoull(text.c_str() + 1, &end, 16);
