@@ -1,6 +1,6 @@
 // What a PNG file asks of libdeflate, without compressing: pictures go no further than to the page
 // that shows them. Stored blocks are RFC 1951, what is around them RFC 1950, the sum of a chunk is
-// that of the PNG specification, all three of Deutsch and others, 1996.
+// that of PNG, all three of Deutsch and others, 1996.
 #pragma once
 
 #include <algorithm>
