@@ -9,7 +9,6 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
-#include <structmember.h>
 
 namespace nodus::python {
 
@@ -36,7 +35,7 @@ struct Kernel {
 };
 
 PyObject* s_frames = nullptr;
-PyTypeObject* s_type = nullptr;
+PyTypeObject s_type{};
 
 Description const& aboutOf(PyObject* self) { return *reinterpret_cast<Kernel*>(self)->about; }
 
@@ -269,16 +268,8 @@ PyObject* reduce(PyObject* self, PyObject*) { return nameOfKernel(self, nullptr)
 // With it pydoc takes a kernel for the function that it is.
 PyObject* bind(PyObject* self, PyObject*, PyObject*) { return Py_NewRef(self); }
 
-void destroy(PyObject* self)
-{
-    PyTypeObject* const type = Py_TYPE(self);
-    type->tp_free(self);
-    Py_DECREF(type);
-}
+void destroy(PyObject* self) { Py_TYPE(self)->tp_free(self); }
 
-PyMemberDef s_members[] = {
-    {"__vectorcalloffset__", T_PYSSIZET, offsetof(Kernel, call), READONLY, nullptr},
-    {nullptr, 0, 0, 0, nullptr}};
 PyGetSetDef s_attributes[] = {
     {"__name__", nameOfKernel, nullptr, nullptr, nullptr},
     {"__qualname__", nameOfKernel, nullptr, nullptr, nullptr},
@@ -289,32 +280,26 @@ PyGetSetDef s_attributes[] = {
 PyMethodDef s_methods[] = {{"__reduce__", reduce, METH_NOARGS, nullptr},
                            {nullptr, nullptr, 0, nullptr}};
 
-template <typename Function> void* slot(Function* function)
-{
-    return reinterpret_cast<void*>(function);
-}
-
 }  // namespace
 
 py::object prepareKernels()
 {
-    static std::array slots{PyType_Slot{Py_tp_members, s_members},
-                            PyType_Slot{Py_tp_getset, s_attributes},
-                            PyType_Slot{Py_tp_methods, s_methods},
-                            PyType_Slot{Py_tp_dealloc, slot(destroy)},
-                            PyType_Slot{Py_tp_repr, slot(textOfKernel)},
-                            PyType_Slot{Py_tp_descr_get, slot(bind)},
-                            PyType_Slot{Py_tp_call, slot(PyVectorcall_Call)},
-                            PyType_Slot{0, nullptr}};
-    static PyType_Spec spec{"nodusmath.Kernel", sizeof(Kernel), 0,
-                            Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_VECTORCALL |
-                                Py_TPFLAGS_DISALLOW_INSTANTIATION,
-                            slots.data()};
+    Py_SET_REFCNT(&s_type, 1);
+    s_type.tp_name = "nodusmath.Kernel";
+    s_type.tp_basicsize = sizeof(Kernel);
+    s_type.tp_flags =
+        Py_TPFLAGS_DEFAULT | Py_TPFLAGS_HAVE_VECTORCALL | Py_TPFLAGS_DISALLOW_INSTANTIATION;
+    s_type.tp_vectorcall_offset = offsetof(Kernel, call);
+    s_type.tp_call = PyVectorcall_Call;
+    s_type.tp_dealloc = destroy;
+    s_type.tp_descr_get = bind;
+    s_type.tp_repr = textOfKernel;
+    s_type.tp_getset = s_attributes;
+    s_type.tp_methods = s_methods;
     s_frames = PyUnicode_InternFromString("frames");
-    s_type = reinterpret_cast<PyTypeObject*>(PyType_FromSpec(&spec));
-    if (s_frames == nullptr || s_type == nullptr)
+    if (s_frames == nullptr || PyType_Ready(&s_type) != 0)
         throw py::error_already_set();
-    return py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(s_type));
+    return py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(&s_type));
 }
 
 py::object makeKernel(host::NodeType const& type, py::object results, py::object help)
@@ -334,7 +319,7 @@ py::object makeKernel(host::NodeType const& type, py::object results, py::object
                     port.type->size);
         about->hasTexts = about->hasTexts || port.type->id == TypeId::String;
     }
-    auto* const kernel = reinterpret_cast<Kernel*>(s_type->tp_alloc(s_type, 0));
+    auto* const kernel = reinterpret_cast<Kernel*>(s_type.tp_alloc(&s_type, 0));
     if (kernel == nullptr)
         throw py::error_already_set();
     kernel->call = call;

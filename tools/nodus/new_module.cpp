@@ -50,7 +50,8 @@ void checkName(std::string const& name)
         throw host::Fault(name + " is installed already: a module wants another name");
 }
 
-// Names in texts and file names: @name@ is the module's, @Name@ what its families begin with.
+// Names in texts and file names: @name@ is the module's, @Name@ what its families begin with. With
+// them in it a source is none yet: its template ends in ".in".
 std::string filled(std::string text, std::string const& name)
 {
     for (auto const& [place, value] :
@@ -87,7 +88,9 @@ int writeProject(std::string const& name)
         paths.push_back(entry.path());
     std::ranges::sort(paths);  // folders in front of what is in them
     for (fs::path const& from : paths) {
-        fs::path const to = name / fs::path(filled(from.lexically_relative(templates), name));
+        fs::path to = name / fs::path(filled(from.lexically_relative(templates), name));
+        if (to.extension() == ".in")
+            to.replace_extension();
         if (fs::is_directory(from)) {
             fs::create_directory(to);
             continue;
