@@ -20,14 +20,6 @@ std::string lower(std::string_view text)
     return made;
 }
 
-// Whether one number may stand for all lanes.
-bool mayRepeat(ValueType const& type)
-{
-    return type.lane != TypeId::String && type.lane != TypeId::Bool &&
-           type.id != TypeId::Quaternion && type.id != TypeId::TQS &&
-           type.id != TypeId::Matrix4x4 && type.id != TypeId::Mat44Float;
-}
-
 }  // namespace
 
 // What an expression comes to: a source, or bytes that are known.
@@ -64,7 +56,8 @@ GraphReader::compile(Target const& target, Expression const& expression, ValueTy
         return compileName(target, expression, type);
     Operand operand;
     if (expression.kind == Expression::Kind::number) {
-        if (!mayRepeat(type))
+        // One number stands for all lanes.
+        if (!type.isOfNumbers())
             throw ExpressionFault{expression.at, "wants " + std::string(type.name) + ", " +
                                                      expression.text + " is a number"};
         for (std::size_t lane = 0; lane < type.laneNames.size(); ++lane)

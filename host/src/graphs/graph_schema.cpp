@@ -1,6 +1,8 @@
 // A JSON schema of graph files, made from the catalogue.
 #include "nodus/host/graph_schema.h"
 
+#include "windows.h"
+
 #include "nodus/host/literals.h"
 
 #include <nlohmann/json.hpp>
@@ -16,7 +18,6 @@ using Json = nlohmann::ordered_json;
 // Names of nodes and parameters.
 constexpr auto kName = R"(^[^.]+$)";
 constexpr auto kAngle = R"(^[+-]?[0-9]*\.?[0-9]+([eE][+-]?[0-9]+)? *(rad|deg|°)$)";
-constexpr int kFarthest = 10000;  // frames and rows
 
 Json reference(std::string const& definition) { return {{"$ref", "#/definitions/" + definition}}; }
 
@@ -145,10 +146,13 @@ Json portOf(Port const& port)
 Json shiftable(std::string const& source, std::string const& unit, Json more)
 {
     std::string const window = unit + "s";
+    Json folds = Json::array();
+    for (Fold const& fold : kFolds)
+        folds.push_back(fold.name);
     Json properties{{source, text()},
                     {unit, shift()},
                     {window, arrayOf(shift(), 2)},
-                    {"window", {{"enum", {"mean", "sum", "min", "max"}}}}};
+                    {"window", {{"enum", std::move(folds)}}}};
     properties.update(more);
     Json made = object(std::move(properties), {source});
     made["dependencies"] = {{"window", {window}},

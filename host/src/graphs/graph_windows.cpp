@@ -1,11 +1,11 @@
 // Other frames and rows as sources, and windows of several of them, which become nodes.
 #include "graph_reader.h"
+#include "windows.h"
 
 #include "nodus/host/literals.h"
 #include "nodus/host/result_writer.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 namespace nodus::host {
@@ -14,15 +14,7 @@ namespace {
 
 using Kind = JsonValue::Kind;
 
-// The rows between the first and the last that a frame reads are kept in memory.
-constexpr std::int64_t kFarthest = 10'000;
 constexpr std::int64_t kLongestWindow = 1001;
-
-struct Fold {
-    std::string_view name, family;
-};
-constexpr std::array kFolds = {Fold{"mean", "Add"}, Fold{"sum", "Add"}, Fold{"min", "Min"},
-                               Fold{"max", "Max"}};
 
 std::string rangeText()
 {
@@ -42,14 +34,6 @@ std::vector<std::string_view> companions(std::string_view kind)
     if (kind == "column")
         return {"row", "rows", "default", "window"};
     return {};
-}
-
-// Values that a sum makes sense of. A mean of rotations is none of their lanes.
-bool mayFold(ValueType const& type)
-{
-    return type.id != TypeId::Quaternion && type.id != TypeId::TQS &&
-           type.id != TypeId::Matrix4x4 && type.id != TypeId::Mat44Float &&
-           type.lane != TypeId::String && type.lane != TypeId::Bool;
 }
 
 }  // namespace
@@ -114,7 +98,7 @@ void GraphReader::readWindow(Target const& target, JsonValue const& json, std::s
               "'window' wants \"mean\", \"sum\", \"min\" or \"max\", not " + window.describe());
         return;
     }
-    if (!mayFold(target.type)) {
+    if (!target.type.isOfNumbers()) {
         fault(target.place,
               "a " + window.text + " is of numbers, not of " + std::string(target.type.name));
         return;

@@ -9,9 +9,6 @@ namespace nodus::host {
 
 namespace {
 
-// Graphs in graphs multiply.
-constexpr std::size_t kMostNodes = std::size_t{1} << 20;
-
 class Opening {
 public:
     explicit Opening(Graph& graph) : m_graph(graph) {}

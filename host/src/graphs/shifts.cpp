@@ -9,8 +9,6 @@ namespace nodus::host {
 
 namespace {
 
-constexpr std::size_t kMostNodes = std::size_t{1} << 20;
-
 // Distances of a chain add up; what lies farther than any frame is told as too far.
 std::int32_t sum(std::int32_t a, std::int32_t b)
 {

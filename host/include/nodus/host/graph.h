@@ -113,6 +113,9 @@ Graph parseGraph(std::string_view text, std::string const& origin, Catalogue con
 // Fills graph.order. A fault for each cycle, with the nodes in it.
 void orderGraph(Graph& graph, FileFaults& faults);
 
+// Graphs in graphs multiply, and so do frames before and after.
+inline constexpr std::size_t kMostNodes = std::size_t{1} << 20;
+
 // The kernels of the graphs in it in place of their nodes. Throws Fault when there are too many.
 void openGraphs(Graph& graph);
 

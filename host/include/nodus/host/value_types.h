@@ -40,6 +40,12 @@ struct ValueType {
     std::span<std::string_view const> laneNames;  // one empty name for a scalar
 
     bool isScalar() const { return lane == id; }
+    // Whether its lanes are numbers that have a meaning each: not those of a rotation or a matrix.
+    bool isOfNumbers() const
+    {
+        return lane != TypeId::Bool && lane != TypeId::String && id != TypeId::Quaternion &&
+               id != TypeId::TQS && id != TypeId::Matrix4x4 && id != TypeId::Mat44Float;
+    }
 };
 
 std::span<ValueType const> valueTypes();
