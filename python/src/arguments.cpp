@@ -164,8 +164,7 @@ Range rangeOf(py::object const& array)
 // Why whole numbers cannot become that type; empty when they can.
 std::string whyNotFrom(py::object const& integers, ValueType const& lane, bool isLiteral)
 {
-    bool const isReal = lane.id == TypeId::Float || lane.id == TypeId::Double;
-    if (PyArray_SIZE(asArray(integers)) == 0 || (isReal && isLiteral))
+    if (PyArray_SIZE(asArray(integers)) == 0 || (isReal(lane.id) && isLiteral))
         return {};
     auto const [least, greatest] = rangeOf(integers);
     auto const fits = [&](long long from, long long to) {

@@ -1,7 +1,7 @@
 // Laying out the arena and turning nodes and feeds into steps and moves.
 #include "nodus/host/plan.h"
 
-#include "plan_texts.h"
+#include "plan_layout.h"
 
 #include <algorithm>
 
@@ -9,30 +9,17 @@ namespace nodus::host {
 
 namespace {
 
-constexpr std::size_t kBlockAlignment = 16;
-constexpr std::size_t kCacheLine = 64;
 constexpr std::size_t kMostFrames = 64;
 // A graph too large for the caches wants its steps fetched for more than one frame.
 constexpr std::size_t kLeastFrames = 4;
 
-// With room for rounding up.
-constexpr std::size_t kMostBytes = UINT32_MAX - kCacheLine;
-
 // Half of a typical second-level cache: the other half is for the tables and the texts around.
 constexpr std::size_t kArenaAim = std::size_t{512} * 1024;
-
-// Offsets that were reserved fit.
-std::uint32_t narrow(std::size_t offset) { return static_cast<std::uint32_t>(offset); }
 
 // A port, a lane or a part of what lies at a place.
 Place within(Place place, std::size_t offset)
 {
     return {narrow(place.offset + offset), place.stride};
-}
-
-std::size_t roundUp(std::size_t size, std::size_t alignment)
-{
-    return (size + alignment - 1) / alignment * alignment;
 }
 
 class Compiler {
@@ -126,8 +113,7 @@ private:
     {
         std::size_t const begin = m_end;
         m_end += bytes;
-        if (m_end > kMostBytes)
-            throw Fault("the graph is too large: its values want more than 4 GiB");
+        narrow(m_end);
         return narrow(begin);
     }
 

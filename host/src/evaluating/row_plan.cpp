@@ -4,7 +4,7 @@
 // later ones, so that few are hot; sources, texts and what the graph lists keep theirs.
 #include "columns.h"
 #include "nodus/host/plan.h"
-#include "plan_texts.h"
+#include "plan_layout.h"
 
 #include <algorithm>
 #include <cstring>
@@ -14,22 +14,7 @@ namespace nodus::host {
 
 namespace {
 
-constexpr std::size_t kBlockAlignment = 16;
-constexpr std::size_t kCacheLine = 64;
-constexpr std::size_t kMostBytes = UINT32_MAX - kCacheLine;
 constexpr std::size_t kForever = Column::kForever;
-
-std::size_t roundUp(std::size_t size, std::size_t alignment)
-{
-    return (size + alignment - 1) / alignment * alignment;
-}
-
-std::uint32_t narrow(std::size_t number)
-{
-    if (number > kMostBytes)
-        throw Fault("the graph is too large: its values want more than 4 GiB");
-    return static_cast<std::uint32_t>(number);
-}
 
 class RowCompiler {
 public:

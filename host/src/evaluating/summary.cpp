@@ -15,8 +15,6 @@ namespace nodus::host {
 
 namespace {
 
-bool isReal(TypeId type) { return type == TypeId::Float || type == TypeId::Double; }
-
 double valueAt(TypeId type, std::byte const* bytes)
 {
     switch (type) {

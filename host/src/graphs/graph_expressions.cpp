@@ -3,24 +3,12 @@
 #include "graph_reader.h"
 
 #include "nodus/host/literals.h"
+#include "nodus/host/search.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace nodus::host {
-
-namespace {
-
-std::string lower(std::string_view text)
-{
-    std::string made(text);
-    for (char& c : made)
-        if (c >= 'A' && c <= 'Z')
-            c = static_cast<char>(c - 'A' + 'a');
-    return made;
-}
-
-}  // namespace
 
 // What an expression comes to: a source, or bytes that are known.
 struct GraphReader::Operand {

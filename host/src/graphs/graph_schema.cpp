@@ -174,9 +174,8 @@ Json definitions()
     for (ValueType const& type : valueTypes())
         for (bool const hasSources : {true, false})
             for (bool const isAngle : {false, true}) {
-                bool const isReal = type.lane == TypeId::Float || type.lane == TypeId::Double;
                 Shape const shape{type, hasSources, isAngle};
-                if (isReal || !isAngle)
+                if (isReal(type.lane) || !isAngle)
                     all[shape.name()] = valueOf(shape);
             }
     return all;
@@ -193,10 +192,9 @@ Json parameter()
     Json types = Json::array(), values = Json::array();
     for (ValueType const& type : valueTypes()) {
         types.push_back(type.name);
-        bool const isReal = type.lane == TypeId::Float || type.lane == TypeId::Double;
         Json const named{{"const", type.name}};
         Json const value{{"value", reference(Shape{type, false}.name())}};
-        if (isReal) {
+        if (isReal(type.lane)) {
             values.push_back(when({{"type", named}, {"unit", true}}, {"type", "unit"},
                                   {{"value", reference(Shape{type, false, true}.name())}}));
             values.push_back(when({{"type", named}, {"unit", false}}, {"type"}, value));

@@ -147,10 +147,9 @@ std::string readScalar(JsonValue const& literal, ValueType const& type, std::byt
         return wants(type, literal);
     if (literal.is(Kind::integer))
         return readNumber(std::to_string(literal.integer), type, to);
-    bool const isReal = type.id == TypeId::Float || type.id == TypeId::Double;
     std::string const& word = literal.text;
-    if (literal.is(Kind::real) ||
-        (literal.is(Kind::text) && isReal && (word == "nan" || word == "inf" || word == "-inf")))
+    if (literal.is(Kind::real) || (literal.is(Kind::text) && isReal(type.id) &&
+                                   (word == "nan" || word == "inf" || word == "-inf")))
         return readNumber(word, type, to);
     return wants(type, literal);
 }

@@ -91,8 +91,7 @@ std::string understand(JsonValue& literal, Port const& port)
         return {};
     if (!port.choices.empty())
         return understandChoice(literal, port.choices);
-    return lane == TypeId::Float || lane == TypeId::Double ? understandUnit(literal, port.unit)
-                                                           : std::string();
+    return isReal(lane) ? understandUnit(literal, port.unit) : std::string();
 }
 
 std::string readArgument(std::string_view argument, Port const& port, Value& value)

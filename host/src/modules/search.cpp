@@ -14,13 +14,6 @@ using Words = std::vector<std::string>;
 constexpr std::size_t kLongWord = 4;
 constexpr std::size_t kNothing = 1000000;
 
-std::string lower(std::string text)
-{
-    std::ranges::transform(text, text.begin(),
-                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return text;
-}
-
 // "QuaternionToEuler" is quaternion, to and euler; "ASin" is a and sin, "TransformTQS" has tqs.
 Words wordsOfName(std::string const& name)
 {
@@ -103,6 +96,13 @@ struct Entry {
 };
 
 }  // namespace
+
+std::string lower(std::string text)
+{
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
 
 std::vector<Family const*> findFamilies(Catalogue const& catalogue,
                                         std::vector<std::string> const& words)

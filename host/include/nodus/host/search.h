@@ -14,4 +14,7 @@ namespace nodus::host {
 std::vector<Family const*> findFamilies(Catalogue const& catalogue,
                                         std::vector<std::string> const& words);
 
+// A name in small letters.
+std::string lower(std::string text);
+
 }  // namespace nodus::host

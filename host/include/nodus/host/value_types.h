@@ -31,6 +31,8 @@ enum class TypeId : std::uint8_t {
     String,
 };
 
+inline bool isReal(TypeId type) { return type == TypeId::Float || type == TypeId::Double; }
+
 struct ValueType {
     TypeId id;
     std::string_view name;
