@@ -54,15 +54,6 @@ template <typename Work> Status tried(Work work)
     return failed;
 }
 
-template <typename Work> void gather(Diagnostics& diagnostics, Work work)
-{
-    try {
-        work();
-    } catch (Fault const& fault) {
-        diagnostics.add(fault);
-    }
-}
-
 void evaluate(std::string const& graphName, std::string const& frames, std::string const& tableName,
               bool asJsonLines)
 {
@@ -70,12 +61,12 @@ void evaluate(std::string const& graphName, std::string const& frames, std::stri
     RunOptions run;
     run.format = asJsonLines ? ResultFormat::jsonLines : ResultFormat::csv;
     std::unique_ptr<TableReader> table;
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (!frames.empty())
             run.frames = parseFrames(frames);
     });
     GraphSurroundings surroundings{tableName, nullptr, false};
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (tableName.empty())
             return;
         table = std::make_unique<TableReader>(tableName);
@@ -98,11 +89,7 @@ void paint(std::string const& graphName, ImageOptions const& options)
     Diagnostics diagnostics;
     Graph const graph = readGraph(graphName, catalogue(), {"", nullptr, true}, diagnostics);
     diagnostics.throwIfAny();
-    if (std::string const why = whyNoPicture(graph); !why.empty()) {
-        FileFaults faults(graphName);
-        faults.add(graph.outputsLine, why);
-        faults.throwIfAny();
-    }
+    requirePicture(graph, graphName);
     auto results = OutputFile::open(kResults);
     renderImage(compile(graph), options, results);
     results.commit();
@@ -124,7 +111,8 @@ char const* nodus_getText(char const* name) { return fileText(name).data(); }
 std::size_t nodus_getSize(char const* name) { return fileText(name).size(); }
 
 // The graph and the table under the names that messages call them by; no table: "". The status is
-// the command's; what came out are the texts "results" and "log", or else "faults", a line each.
+// the command's; what came out are the texts "<results>" and "<log>", or else "<faults>", a line
+// each.
 int nodus_evaluate(char const* graph, char const* frames, char const* table, int asJsonLines)
 {
     return tried([&] { evaluate(graph, frames, table, asJsonLines != 0); });

@@ -2,13 +2,12 @@
 #include "carried.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/input_file.h"
 
 #include <libdeflate.h>
 
 #include <cstdint>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <set>
 #include <sstream>
@@ -32,7 +31,7 @@ public:
         if (!m_added.insert(path).second)
             return;
         m_open.insert(path);
-        std::istringstream lines(readText(path));
+        std::istringstream lines(host::readFile(path));
         std::string body;
         for (std::string line; std::getline(lines, line);) {
             if (!line.starts_with("import ")) {
@@ -68,15 +67,6 @@ private:
 };
 
 }  // namespace
-
-std::string readText(std::string const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    std::string text{std::istreambuf_iterator<char>(file), {}};
-    if (!file)
-        throw Fault(path + ": cannot be read");
-    return text;
-}
 
 std::string base64(std::string_view bytes)
 {

@@ -6,9 +6,6 @@
 
 namespace nodus::reference {
 
-// Throws Fault when the file cannot be read.
-std::string readText(std::string const& path);
-
 std::string base64(std::string_view bytes);
 
 // An ES module with everything that it imports in front of it, each file once. Imports name files

@@ -287,15 +287,13 @@ private:
             links += fmt::format("<li><a href=\"#{0}\">{0}</a></li>", family->name);
             for (std::string const& type : portTypes(*family))
                 m_types.insert(type);
-            try {
+            m_diagnostics.gather([&] {
                 std::string const place = placeOf(*family);
                 JsonValue const& entry = m_entries.at(family->name);
                 articles += FamilyArticle(m_catalogue, *family,
                                           wanted(entry, "reference", Kind::object, place), place)
                                 .html();
-            } catch (Fault const& fault) {
-                m_diagnostics.add(fault);
-            }
+            });
         }
         std::string const title = markupText(capitalised(name));
         m_content.index +=

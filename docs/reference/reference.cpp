@@ -7,7 +7,8 @@
 #include "carried.h"
 #include "page.h"
 
-#include "nodus/host/diagnostics.h"
+#include "files/program.h"
+#include "nodus/host/input_file.h"
 #include "nodus/host/output_file.h"
 #include "nodus/host/result_writer.h"
 
@@ -50,7 +51,7 @@ std::string examplesIn(std::filesystem::path const& folder)
     for (std::filesystem::path const& file : files)
         if (std::set<std::string>{".json", ".csv", ".md"}.contains(file.extension()))
             members += (members.empty() ? "" : ",") + host::jsonText(file.filename().string()) +
-                       ":" + host::jsonText(reference::readText(file));
+                       ":" + host::jsonText(host::readFile(file));
     return "{" + members + "}";
 }
 
@@ -59,9 +60,9 @@ std::string living(std::string const& folder, std::string const& catalogue, std:
                    std::string const& examples)
 {
     using reference::carriedElement;
-    return carriedElement("catalogue", reference::readText(catalogue)) +
-           carriedElement("kernels", reference::readText(web + "/nodus_kernels.wasm")) +
-           carriedElement("graphs", reference::readText(web + "/nodus_graphs.wasm")) +
+    return carriedElement("catalogue", host::readFile(catalogue)) +
+           carriedElement("kernels", host::readFile(web + "/nodus_kernels.wasm")) +
+           carriedElement("graphs", host::readFile(web + "/nodus_graphs.wasm")) +
            carriedElement("examples", examplesIn(examples)) +
            "<script type=\"text/plain\" id=\"worker\">\n" +
            reference::bundled(folder + "/live/worker.js") +
@@ -82,14 +83,13 @@ void write(std::string const& modulePath, std::string const& folder, std::string
     faults.throwIfAny();
     auto const content = reference::contentOf(
         catalogue, *json, std::filesystem::path(module.cataloguePath()).filename());
-    using reference::readText;
     bool const isLive = !web.empty() && std::filesystem::file_size(web + "/nodus_kernels.wasm") > 0;
     std::string const page =
-        filled(readText(folder + "/page.html"), "page.html",
+        filled(host::readFile(folder + "/page.html"), "page.html",
                {{"module", module.name()},
                 {"module", module.name()},
                 {"isLive", isLive ? "true" : "false"},
-                {"style", readText(folder + "/page.css")},
+                {"style", host::readFile(folder + "/page.css")},
                 {"module", module.name()},
                 {"version", NODUS_VERSION},
                 {"types", content.types},
@@ -97,11 +97,9 @@ void write(std::string const& modulePath, std::string const& folder, std::string
                 {"families", std::to_string(content.families)},
                 {"kernels", std::to_string(content.kernels)},
                 {"nodes", content.nodes},
-                {"script", readText(folder + "/page.js")},
+                {"script", host::readFile(folder + "/page.js")},
                 {"live", !isLive ? "" : living(folder, module.cataloguePath(), web, examples)}});
-    auto file = host::OutputFile::open(target);
-    file.write(page);
-    file.commit();
+    host::writeFile(target, page);
 }
 
 }  // namespace
@@ -112,14 +110,7 @@ int main(int argc, char** argv)
         std::fputs("usage: nodus_reference MODULE FOLDER OUTPUT [WEB EXAMPLES]\n", stderr);
         return 2;
     }
-    try {
+    return host::statusOf("nodus_reference", [&] {
         write(argv[1], argv[2], argv[3], argc == 6 ? argv[4] : "", argc == 6 ? argv[5] : "");
-        return 0;
-    } catch (host::Fault const& fault) {
-        for (std::string const& line : fault.lines())
-            std::fprintf(stderr, "nodus_reference: %s\n", line.c_str());
-    } catch (std::exception const& error) {
-        std::fprintf(stderr, "nodus_reference: %s\n", error.what());
-    }
-    return 2;
+    });
 }

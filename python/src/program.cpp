@@ -21,7 +21,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <thread>
 
 namespace nodus::python {
@@ -89,16 +88,13 @@ public:
     Program(host::Catalogue const& catalogue, std::string_view text, std::string const& origin)
         : m_graph(read(catalogue, text, origin, {"", nullptr, true, true}))
     {
-        std::set<std::pair<std::size_t, TypeId>> known;
+        for (auto const& [column, type] : host::columnsRead(m_graph))
+            m_columns.push_back({m_graph.columns[column], type});
+        using Kind = host::Source::Kind;
         for (host::GraphNode const& node : m_graph.nodes)
-            for (host::Feed const& feed : node.feeds) {
-                using Kind = host::Source::Kind;
+            for (host::Feed const& feed : node.feeds)
                 m_hasPixels = m_hasPixels || feed.source.kind == Kind::pixelX ||
                               feed.source.kind == Kind::pixelY;
-                if (feed.source.kind == Kind::column &&
-                    known.emplace(feed.source.index, feed.type->id).second)
-                    m_columns.push_back({m_graph.columns[feed.source.index], feed.type->id});
-            }
     }
 
     bool hasPixels() const { return m_hasPixels; }
@@ -183,10 +179,8 @@ public:
         host::Graph const graph =
             read(catalogue, text, origin,
                  {columns ? "columns" : "", columns ? &*columns : nullptr, pixels});
-        host::FileFaults faults(origin);
-        if (std::string const why = pixels ? host::whyNoPicture(graph) : ""; !why.empty())
-            faults.add(graph.outputsLine, why);
-        faults.throwIfAny();
+        if (pixels)
+            host::requirePicture(graph, origin);
     }
 
 private:

@@ -104,7 +104,7 @@ void fuzz::table(std::string_view bytes)
 {
     std::string const path = fileOf(bytes);
     Diagnostics diagnostics;
-    try {
+    diagnostics.gather([&] {
         TableReader reader(path), counter(path);
         Graph const taker = takerOf(reader.columns().size());
         Plan const plan = compile(taker, 1);
@@ -117,9 +117,7 @@ void fuzz::table(std::string_view bytes)
             rows.clear();
         }
         require(!counter.skipRow(), "there are no more rows to pass over");
-    } catch (Fault const& fault) {
-        diagnostics.add(fault);
-    }
+    });
     requireLines(diagnostics.lines());
 }
 

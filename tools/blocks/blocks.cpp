@@ -1,13 +1,13 @@
 // What the headers in both languages have in common: blocks, comments and initialisers.
 #include "blocks.h"
 
+#include "modules/load.h"
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/literals.h"
 #include "nodus/host/shortest.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <sstream>
 
 namespace nodus::blocks {
@@ -19,16 +19,9 @@ using host::ValueType;
 
 constexpr std::size_t kColumns = 100;
 
-template <typename T> T at(std::byte const* bytes)
-{
-    T value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
-}
-
 template <typename T> std::string floatingLiteral(std::byte const* bytes, char const* suffix)
 {
-    T const value = at<T>(bytes);
+    T const value = host::load<T>(bytes);
     if (!std::isfinite(value))
         throw host::Fault("a header cannot hold a default that is not finite");
     char digits[32];
@@ -47,12 +40,13 @@ std::string scalarLiteral(TypeId type, std::byte const* bytes)
         return floatingLiteral<double>(bytes, "");
     case TypeId::Int32:
         // The least one has no literal of its own.
-        return at<std::int32_t>(bytes) == INT32_MIN ? "INT32_MIN"
-                                                    : std::to_string(at<std::int32_t>(bytes));
+        return host::load<std::int32_t>(bytes) == INT32_MIN
+                   ? "INT32_MIN"
+                   : std::to_string(host::load<std::int32_t>(bytes));
     case TypeId::UInt32:
-        return std::to_string(at<std::uint32_t>(bytes)) + "u";
+        return std::to_string(host::load<std::uint32_t>(bytes)) + "u";
     default:
-        return std::to_string(at<std::uint8_t>(bytes));
+        return std::to_string(host::load<std::uint8_t>(bytes));
     }
 }
 
@@ -88,8 +82,8 @@ std::vector<Block> blocksOf(host::NodeType const& type)
 std::vector<std::string> entryPointsOf(host::NodeType const& type)
 {
     if (type.workspace.empty())
-        return {"Nodus" + type.name + "_Solve"};
-    return {"Nodus" + type.name + "_Init", "Nodus" + type.name + "_Solve"};
+        return {kernelName(type)};
+    return {"Nodus" + type.name + "_Init", kernelName(type)};
 }
 
 std::string comment(std::string const& text)

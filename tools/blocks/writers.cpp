@@ -1,12 +1,13 @@
 // The three files: a header for C, one for C++, and data for all others.
 #include "blocks.h"
 
+#include "modules/load.h"
+
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <cctype>
-#include <cstring>
 #include <iterator>
 
 namespace nodus::blocks {
@@ -107,25 +108,21 @@ Json valueOf(Port const& port)
 {
     auto const lane = [&](std::size_t index) -> Json {
         std::byte const* const from = port.standard.bytes.data() + index * port.type->laneSize;
-        auto const read = [&](auto value) {
-            std::memcpy(&value, from, sizeof value);
-            return value;
-        };
         switch (port.type->lane) {
         case TypeId::Bool:
-            return read(std::uint8_t{}) != 0;
+            return host::load<std::uint8_t>(from) != 0;
         case TypeId::UInt8:
-            return read(std::uint8_t{});
+            return host::load<std::uint8_t>(from);
         case TypeId::Int32:
-            return read(std::int32_t{});
+            return host::load<std::int32_t>(from);
         case TypeId::UInt32:
-            return read(std::uint32_t{});
+            return host::load<std::uint32_t>(from);
         case TypeId::Double:
-            return read(double{});
+            return host::load<double>(from);
         case TypeId::String:
             return port.standard.text;
         default:
-            return read(float{});
+            return host::load<float>(from);
         }
     };
     if (port.type->isScalar())

@@ -59,13 +59,8 @@ int call(CallOptions const& options, Shared const& shared)
     host::Graph graph;
     host::GraphNode& node = graph.nodes.emplace_back(host::makeNode("call", *type));
     host::Diagnostics diagnostics;
-    for (std::string const& argument : options.values) {
-        try {
-            setInput(node, argument);
-        } catch (host::Fault const& fault) {
-            diagnostics.add(fault);
-        }
-    }
+    for (std::string const& argument : options.values)
+        diagnostics.gather([&] { setInput(node, argument); });
     diagnostics.throwIfAny();
     for (host::Port const& port : type->outputs)
         graph.outputs.push_back({port.name, 0, port.offset, port.type});

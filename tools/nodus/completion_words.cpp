@@ -36,12 +36,4 @@ std::vector<std::string> namesOf(std::vector<CLI::App*> const& commands)
     return names;
 }
 
-std::string filled(std::string script,
-                   std::vector<std::pair<std::string, std::string>> const& texts)
-{
-    for (auto const& [place, text] : texts)
-        script.replace(script.find(place), place.size(), text);
-    return script;
-}
-
 }  // namespace nodus::tools

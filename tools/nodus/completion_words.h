@@ -4,7 +4,6 @@
 #include <CLI/CLI.hpp>
 
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace nodus::tools {
@@ -16,9 +15,5 @@ ValueKind kindOf(CLI::Option const& option);
 
 std::string joined(std::vector<std::string> const& words, char const* between = " ");
 std::vector<std::string> namesOf(std::vector<CLI::App*> const& commands);
-
-// Puts texts into the places that a script has for them.
-std::string filled(std::string script,
-                   std::vector<std::pair<std::string, std::string>> const& texts);
 
 }  // namespace nodus::tools

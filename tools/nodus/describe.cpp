@@ -41,6 +41,22 @@ Port const* find(std::vector<Port> const& ports, std::string const& name)
     return found != ports.end() ? &*found : nullptr;
 }
 
+// What is to be told of a port, and where types of the family differ: "0, identity for Matrix4x4".
+template <typename TextOf>
+std::string inAllTypes(Types const& types, Ports ports, std::string const& name, TextOf textOf)
+{
+    std::string text, usual;
+    for (NodeType const* const type : types)
+        if (Port const* const port = find(type->*ports, name)) {
+            std::string const own = textOf(*port);
+            if (text.empty())
+                text = usual = own;
+            else if (own != usual)
+                text += ", " + own + " for " + type->suffix;
+        }
+    return text;
+}
+
 // The type of a port in all types of a family: "T", "Float", "Float, Double for Double".
 std::string typeText(Types const& types, Ports ports, std::string const& name)
 {
@@ -52,30 +68,8 @@ std::string typeText(Types const& types, Ports ports, std::string const& name)
         });
     if (isOwn)
         return "T";
-    std::string text, usual;
-    for (NodeType const* const type : types)
-        if (Port const* const port = find(type->*ports, name)) {
-            if (usual.empty())
-                text = usual = port->type->name;
-            else if (port->type->name != usual)
-                text += ", " + std::string(port->type->name) + " for " + type->suffix;
-        }
-    return text;
-}
-
-// "0", or "0, identity for Matrix4x4" where the types differ.
-std::string standardsText(Types const& types, std::string const& name)
-{
-    std::string text, usual;
-    for (NodeType const* const type : types)
-        if (Port const* const port = find(type->inputs, name)) {
-            std::string const own = standardText(*port);
-            if (text.empty())
-                text = usual = own;
-            else if (own != usual)
-                text += ", " + own + " for " + type->suffix;
-        }
-    return text;
+    return inAllTypes(types, ports, name,
+                      [](Port const& port) { return std::string(port.type->name); });
 }
 
 std::string portsText(Types const& types, Ports ports, bool areInputs)
@@ -91,7 +85,7 @@ std::string portsText(Types const& types, Ports ports, bool areInputs)
             if (!port.unit.empty())
                 text += ", in " + port.unit;
             if (areInputs)
-                text += ", default " + standardsText(types, port.name);
+                text += ", default " + inAllTypes(types, ports, port.name, standardText);
             for (std::size_t i = 0; i < port.choices.size(); ++i)
                 text += fmt::format("{}{} {}", i == 0 ? "; " : ", ", port.choices[i].value,
                                     port.choices[i].name);

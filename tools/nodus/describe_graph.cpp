@@ -8,8 +8,6 @@
 
 #include <fmt/format.h>
 
-#include <set>
-
 namespace nodus::tools {
 
 std::string describeGraph(std::string const& path, host::Catalogue const& catalogue)
@@ -29,15 +27,11 @@ std::string describeGraph(std::string const& path, host::Catalogue const& catalo
                                    : host::valueText(*port.type, port.standard.bytes.data(), {}),
                             doc.empty() ? "" : ": " + doc);
     }
-    std::set<std::pair<std::size_t, std::string_view>> columns;
-    for (host::GraphNode const& node : graph.nodes)
-        for (host::Feed const& feed : node.feeds)
-            if (feed.source.kind == host::Source::Kind::column)
-                columns.emplace(feed.source.index, feed.type->name);
+    auto const columns = host::columnsRead(graph);
     if (!columns.empty())
         text += "\ncolumns\n";
     for (auto const& [column, type] : columns)
-        text += fmt::format("  {:<14} {}\n", graph.columns[column], type);
+        text += fmt::format("  {:<14} {}\n", graph.columns[column], host::valueType(type).name);
     if (!graph.outputs.empty())
         text += "\noutputs\n";
     for (host::GraphOutput const& output : graph.outputs)

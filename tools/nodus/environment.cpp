@@ -61,13 +61,10 @@ Environment::Environment(std::vector<std::string> const& paths)
 {
     host::Diagnostics diagnostics;
     std::vector<host::Module const*> loaded;
-    for (std::string const& path : paths) {
-        try {
+    for (std::string const& path : paths)
+        diagnostics.gather([&] {
             loaded.push_back(m_modules.emplace_back(std::make_unique<host::Module>(path)).get());
-        } catch (host::Fault const& fault) {
-            diagnostics.add(fault);
-        }
-    }
+        });
     diagnostics.throwIfAny();
     m_catalogue.emplace(loaded);
 }

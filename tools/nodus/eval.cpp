@@ -33,15 +33,6 @@ struct EvalOptions {
     bool oneByOne = false, summary = false, watch = false;
 };
 
-template <typename Work> void gather(host::Diagnostics& diagnostics, Work work)
-{
-    try {
-        work();
-    } catch (host::Fault const& fault) {
-        diagnostics.add(fault);
-    }
-}
-
 std::size_t threadsOf(EvalOptions const& options)
 {
     return options.threads > 0 ? static_cast<std::size_t>(options.threads)
@@ -85,7 +76,7 @@ void evaluateImage(EvalOptions const& options, Shared const& shared,
     host::Diagnostics diagnostics;
     host::ImageOptions image{{512, 512}, {}, 0, threadsOf(options)};
     image.depth = static_cast<std::size_t>(options.depth);
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (pictureFormat(options.image, {"png", "pfm"}) != "pfm")
             return;
         image.format = host::ImageFormat::pfm;
@@ -93,17 +84,17 @@ void evaluateImage(EvalOptions const& options, Shared const& shared,
             throw host::Fault("a .pfm picture has the values as they are: --map and --depth are "
                               "for .png");
     });
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (!options.size.empty())
             image.size = host::parseImageSize(options.size);
     });
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (!options.map.empty())
             image.map = host::parseValueRange(options.map);
     });
     auto const framePath = framePathOf(options.image);
     host::FrameRange frames;
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (options.frames.empty())
             return;
         frames = host::parseFrames(options.frames);
@@ -117,11 +108,7 @@ void evaluateImage(EvalOptions const& options, Shared const& shared,
     host::Graph const graph =
         host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
     diagnostics.throwIfAny();
-    if (std::string const why = host::whyNoPicture(graph); !why.empty()) {
-        host::FileFaults faults(host::inputName(options.graph));
-        faults.add(graph.outputsLine, why);
-        faults.throwIfAny();
-    }
+    host::requirePicture(graph, host::inputName(options.graph));
 
     host::Plan const plan = options.oneByOne ? host::compile(graph) : host::compileRows(graph);
     for (std::uint64_t i = 0; i < frames.count(); ++i) {
@@ -162,15 +149,15 @@ void evaluateFrames(EvalOptions const& options, Shared const& shared,
     std::optional<host::Shard> shard;
     std::unique_ptr<host::TableReader> table;
 
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (!options.frames.empty())
             run.frames = host::parseFrames(options.frames);
     });
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (!options.shard.empty())
             shard = host::parseShard(options.shard);
     });
-    gather(diagnostics, [&] { run.format = host::resultFormatOf(options.out); });
+    diagnostics.gather([&] { run.format = host::resultFormatOf(options.out); });
     if (!options.log.empty() && isSameFile(options.out, options.log))
         diagnostics.add("--out and --log want two files, not both " +
                         (writesOut ? "standard output" : options.out));
@@ -180,7 +167,7 @@ void evaluateFrames(EvalOptions const& options, Shared const& shared,
                                          nullptr, false};
     surroundings.settings = options.settings;
     surroundings.filesRead = &files;
-    gather(diagnostics, [&] {
+    diagnostics.gather([&] {
         if (options.data.empty())
             return;
         table = std::make_unique<host::TableReader>(options.data);

@@ -23,9 +23,7 @@ using Words = std::vector<std::string>;
         known.push_back(family.name);
         known.insert(known.end(), family.searchWords.begin(), family.searchWords.end());
     }
-    std::string all;
-    for (std::string const& word : words)
-        all += (all.empty() ? "" : " ") + word;
+    std::string const all = fmt::format("{}", fmt::join(words, " "));
     throw host::Fault("no node type matches " + host::inQuotes(all) +
                       (words.size() == 1 ? host::didYouMean(all, known) : ""));
 }

@@ -22,11 +22,8 @@ int writeGraph(NewGraphOptions const& options)
         throw host::Fault("--from wants motion capture, a .bvh file, not " +
                           host::inQuotes(options.from));
     host::LineReader lines(options.from, host::LineEnds::everywhere);
-    std::string const text =
-        host::graphOfSkeleton(host::readBvhSkeleton(lines), path.filename().string());
-    auto file = host::OutputFile::open(options.out);
-    file.write(text);
-    file.commit();
+    host::writeFile(options.out,
+                    host::graphOfSkeleton(host::readBvhSkeleton(lines), path.filename().string()));
     return 0;
 }
 

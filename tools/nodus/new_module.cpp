@@ -1,8 +1,10 @@
 // nodus new-module: a project for a module of one's own, copied from the templates that are
 // installed.
 #include "environment.h"
+#include "filled.h"
 
 #include "nodus/host/diagnostics.h"
+#include "nodus/host/input_file.h"
 #include "nodus/host/output_file.h"
 
 #include <fmt/format.h>
@@ -11,8 +13,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace nodus::tools {
 
@@ -52,21 +52,9 @@ void checkName(std::string const& name)
 
 // Names in texts and file names: @name@ is the module's, @Name@ what its families begin with. With
 // them in it a source is none yet: its template ends in ".in".
-std::string filled(std::string text, std::string const& name)
+std::string named(std::string const& text, std::string const& name)
 {
-    for (auto const& [place, value] :
-         {std::pair<std::string_view, std::string>{"@name@", name}, {"@Name@", familyPrefix(name)}})
-        for (auto at = text.find(place); at != text.npos; at = text.find(place, at + value.size()))
-            text.replace(at, place.size(), value);
-    return text;
-}
-
-std::string readText(fs::path const& path)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        throw host::Fault("cannot read " + path.string());
-    return {std::istreambuf_iterator<char>(file), {}};
+    return filled(text, {{"@name@", name}, {"@Name@", familyPrefix(name)}});
 }
 
 int writeProject(std::string const& name)
@@ -88,16 +76,14 @@ int writeProject(std::string const& name)
         paths.push_back(entry.path());
     std::ranges::sort(paths);  // folders in front of what is in them
     for (fs::path const& from : paths) {
-        fs::path to = name / fs::path(filled(from.lexically_relative(templates), name));
+        fs::path to = name / fs::path(named(from.lexically_relative(templates), name));
         if (to.extension() == ".in")
             to.replace_extension();
         if (fs::is_directory(from)) {
             fs::create_directory(to);
             continue;
         }
-        auto file = host::OutputFile::open(to);
-        file.write(filled(readText(from), name));
-        file.commit();
+        host::writeFile(to, named(host::readFile(from), name));
         constexpr auto kExecutable =
             fs::perms::owner_exec | fs::perms::group_exec | fs::perms::others_exec;
         if ((fs::status(from).permissions() & fs::perms::owner_exec) != fs::perms::none)

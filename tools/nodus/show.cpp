@@ -112,11 +112,7 @@ int show(ShowOptions const& options, Shared const& shared)
     Environment const environment(shared);
     host::Diagnostics diagnostics;
     std::string format;
-    try {
-        format = pictureFormat(options.out, {"svg", "png", "pdf", "dot"});
-    } catch (host::Fault const& fault) {
-        diagnostics.add(fault);
-    }
+    diagnostics.gather([&] { format = pictureFormat(options.out, {"svg", "png", "pdf", "dot"}); });
     host::GraphSurroundings surroundings{"", nullptr, true, true};
     surroundings.settings = options.settings;
     surroundings.asWritten = !options.opened;
@@ -126,10 +122,7 @@ int show(ShowOptions const& options, Shared const& shared)
 
     std::string const text = host::drawGraph(
         graph, std::filesystem::path(host::inputName(options.graph)).stem().string());
-    std::string const picture = format == "dot" ? text : layOut(text, format);
-    auto file = host::OutputFile::open(options.out);
-    file.write(picture);
-    file.commit();
+    host::writeFile(options.out, format == "dot" ? text : layOut(text, format));
     return 0;
 }
 

@@ -3,6 +3,7 @@
 
 #include "command_line.h"
 #include "completion_words.h"
+#include "filled.h"
 
 #include <algorithm>
 

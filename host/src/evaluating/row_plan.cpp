@@ -75,7 +75,7 @@ private:
         for (std::size_t i = 0; i < m_nodes.size(); ++i) {
             auto const [found, isNew] = known.try_emplace(&type(i));
             if (isNew && type(i).module != nullptr)
-                found->second = type(i).module->rowsOf("Nodus" + type(i).name + "_Solve");
+                found->second = type(i).module->rowsOf(kernelName(type(i)));
             m_nodes[i].rows = found->second;
         }
     }

@@ -17,7 +17,6 @@ namespace {
 constexpr std::size_t kDeepest = 64;
 constexpr std::size_t kLongestMessage = 400;
 constexpr int kNumberOverflow = 406;  // as the library numbers its errors
-constexpr std::size_t kLargestFile = std::size_t{1} << 30;
 
 // Numbers are read in the widest type there is, and then taken as they were written: 1e999 is for
 // the reader of a graph to refuse, who knows the port that it goes to.
@@ -241,19 +240,6 @@ private:
     std::size_t m_keyLine = 0;
     std::string_view m_leftOut;
 };
-
-std::string readFile(std::string const& path)
-{
-    InputFile file(path);
-    std::string text;
-    char buffer[1 << 16];
-    while (std::size_t const got = file.read(buffer, sizeof buffer)) {
-        text.append(buffer, got);
-        if (text.size() > kLargestFile)
-            throw Fault(file.name() + ": larger than one gigabyte");
-    }
-    return text;
-}
 
 }  // namespace
 

@@ -383,6 +383,16 @@ void GraphReader::placeMadeNodes()
     m_graph.nodes = std::move(nodes);
 }
 
+std::set<std::pair<std::size_t, TypeId>> columnsRead(Graph const& graph)
+{
+    std::set<std::pair<std::size_t, TypeId>> read;
+    for (GraphNode const& node : graph.nodes)
+        for (Feed const& feed : node.feeds)
+            if (feed.source.kind == Source::Kind::column)
+                read.emplace(feed.source.index, feed.type->id);
+    return read;
+}
+
 GraphNode makeNode(std::string name, NodeType const& type)
 {
     GraphNode node{std::move(name), &type, std::vector<std::byte>(type.inputExtent), {}, {}};
@@ -407,14 +417,12 @@ Graph readGraph(std::string const& path, Catalogue const& catalogue,
 {
     FileFaults faults(inputName(path));
     Graph graph;
-    try {
+    diagnostics.gather([&] {
         GraphFiles files(catalogue, surroundings, diagnostics);
         files.begin(path);
         graph =
             check(readGraphJson(path, faults), catalogue, surroundings, faults, files, diagnostics);
-    } catch (Fault const& fault) {
-        diagnostics.add(fault);
-    }
+    });
     faults.moveTo(diagnostics);
     return graph;
 }
@@ -424,13 +432,11 @@ Graph parseGraph(std::string_view text, std::string const& origin, Catalogue con
 {
     FileFaults faults(origin);
     Graph graph;
-    try {
+    diagnostics.gather([&] {
         GraphFiles files(catalogue, surroundings, diagnostics);
         graph = check(parseJson(text, faults, 1, {}, true), catalogue, surroundings, faults, files,
                       diagnostics);
-    } catch (Fault const& fault) {
-        diagnostics.add(fault);
-    }
+    });
     faults.moveTo(diagnostics);
     return graph;
 }

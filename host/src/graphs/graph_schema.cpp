@@ -221,7 +221,7 @@ Json node(Catalogue const& catalogue)
         for (Port const& port : type.inputs)
             ports[port.name] = portOf(port);
         inputs.push_back(when(
-            {{"type", {{"enum", {type.name, "Nodus" + type.name + "_Solve"}}}}}, {"type"},
+            {{"type", {{"enum", {type.name, kernelName(type)}}}}}, {"type"},
             {{"inputs", {{"properties", std::move(ports)}, {"additionalProperties", false}}}}));
     }
     std::string kernels;

@@ -48,12 +48,10 @@ Catalogue::Catalogue(Module const& module, std::string_view text, std::string co
 void Catalogue::readCatalogue(Module const& module, Diagnostics& diagnostics)
 {
     FileFaults faults(module.cataloguePath());
-    try {
+    diagnostics.gather([&] {
         if (auto const root = readJsonFile(module.cataloguePath(), faults, kOfThePage))
             CatalogueReader(*this, module, faults).read(*root);
-    } catch (Fault const& fault) {
-        diagnostics.add(fault);
-    }
+    });
     faults.moveTo(diagnostics);
 }
 
@@ -65,6 +63,8 @@ std::string_view withoutKernelAffixes(std::string_view name)
         return name.substr(kBefore.size(), name.size() - kBefore.size() - kAfter.size());
     return name;
 }
+
+std::string kernelName(NodeType const& type) { return "Nodus" + type.name + "_Solve"; }
 
 NodeType const* Catalogue::find(std::string_view name) const
 {

@@ -90,7 +90,7 @@ void storeLevels(float const* lanes, std::size_t stride, std::size_t count, std:
     }
 }
 
-template <typename Output> std::string whyNoPictureOf(std::vector<Output> const& outputs)
+template <typename Output> std::string whyNoPicture(std::vector<Output> const& outputs)
 {
     auto const isPicture = [](ValueType const& type) {
         return type.id == TypeId::Float || type.id == TypeId::Color || type.id == TypeId::Float4;
@@ -106,7 +106,7 @@ template <typename Output> std::string whyNoPictureOf(std::vector<Output> const&
 
 PlanOutput const& onlyPicture(Plan const& plan)
 {
-    if (std::string const why = whyNoPictureOf(plan.outputs); !why.empty())
+    if (std::string const why = whyNoPicture(plan.outputs); !why.empty())
         throw Fault(why);
     return plan.outputs[0];
 }
@@ -234,7 +234,13 @@ ValueRange parseValueRange(std::string_view text)
     return {ends->first, ends->second};
 }
 
-std::string whyNoPicture(Graph const& graph) { return whyNoPictureOf(graph.outputs); }
+void requirePicture(Graph const& graph, std::string const& origin)
+{
+    FileFaults faults(origin);
+    if (std::string const why = whyNoPicture(graph.outputs); !why.empty())
+        faults.add(graph.outputsLine, why);
+    faults.throwIfAny();
+}
 
 void renderImage(Plan const& plan, ImageOptions const& options, OutputFile& file)
 {

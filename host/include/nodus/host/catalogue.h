@@ -96,6 +96,9 @@ private:
     std::unordered_map<std::string_view, NodeType const*> m_byName;
 };
 
+// The kernel that evaluates the node type: "NodusAdd_Float3_Solve".
+std::string kernelName(NodeType const& type);
+
 // "NodusAdd_Float3_Solve" without what every kernel name has: "Add_Float3".
 std::string_view withoutKernelAffixes(std::string_view name);
 

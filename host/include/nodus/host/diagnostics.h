@@ -28,6 +28,15 @@ class Diagnostics {
 public:
     void add(std::string line) { m_lines.push_back(std::move(line)); }
     void add(Fault const& fault);
+    // Does the work; the lines of a Fault that ends it are added.
+    template <typename Work> void gather(Work const& work)
+    {
+        try {
+            work();
+        } catch (Fault const& fault) {
+            add(fault);
+        }
+    }
     bool empty() const { return m_lines.empty(); }
     std::vector<std::string> const& lines() const { return m_lines; }
 

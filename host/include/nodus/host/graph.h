@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -78,6 +79,9 @@ struct GraphFile {
     Family family;
     NodeType type{};
 };
+
+// Which columns its sources read, and as what: a column may be read as several types.
+std::set<std::pair<std::size_t, TypeId>> columnsRead(Graph const& graph);
 
 // A node whose inputs have their standard values.
 GraphNode makeNode(std::string name, NodeType const& type);

@@ -36,8 +36,8 @@ struct ImageOptions {
     std::size_t depth = 8;  // bits of a PNG picture's sample, 8 or 16
 };
 
-// Why no picture can be made of what the graph lists; empty when one can.
-std::string whyNoPicture(Graph const& graph);
+// Throws Fault when no picture can be made of what the graph lists; origin is its file in messages.
+void requirePicture(Graph const& graph, std::string const& origin);
 
 // Writes the plan's one output as a picture. PNG: a Float in grey, a Color or Float4 with its
 // fourth lane, which no map touches, as alpha; values beyond the map's ends are cut, NaN is black.

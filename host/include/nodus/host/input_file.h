@@ -34,4 +34,7 @@ private:
     std::size_t m_size = 0;
 };
 
+// All of a file. Throws Fault when it cannot be read, or is larger than one gigabyte.
+std::string readFile(std::string const& path);
+
 }  // namespace nodus::host

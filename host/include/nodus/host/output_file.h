@@ -58,6 +58,14 @@ private:
     bool m_isDirect = false, m_ownsDescriptor = false, m_outlivesReader = false;
 };
 
+// A file of that text. Throws as OutputFile does.
+inline void writeFile(std::string const& path, std::string_view text)
+{
+    auto file = OutputFile::open(path);
+    file.write(text);
+    file.commit();
+}
+
 // Removes what a process that is being interrupted would leave behind. For signal handlers: calls
 // nothing that is not safe there.
 void removeUnfinishedFiles() noexcept;
