@@ -80,7 +80,7 @@ class Path(Source):
     def __getattr__(self, name: str) -> Path:
         if name.startswith("_"):
             raise AttributeError(name)
-        return Path(f"{self.text}.{name}")
+        return self[name]
 
     def __getitem__(self, name: str) -> Path:
         return Path(f"{self.text}.{name}")
@@ -307,10 +307,14 @@ class Graph:
         return {**self.__dict__, "_program": None}
 
 
-def _first_frame(first: int, count: int) -> int:
+def _check_frames(least: int, greatest: int) -> None:
     limits = np.iinfo(np.int32)
-    if first < limits.min or first + count - 1 > limits.max:
+    if least < limits.min or greatest > limits.max:
         raise ValueError(f"frames are whole numbers from {limits.min} to {limits.max}")
+
+
+def _first_frame(first: int, count: int) -> int:
+    _check_frames(first, first + count - 1)
     return int(first)
 
 
@@ -334,9 +338,8 @@ def _rows_of(table: Table | None, frames: Any, numbers: npt.NDArray[np.int32]) -
 def _int32(numbers: npt.NDArray[Any]) -> npt.NDArray[np.int32]:
     if numbers.dtype.kind not in "iu" and numbers.size:
         raise TypeError(f"frames are whole numbers, not {numbers.dtype}")
-    limits = np.iinfo(np.int32)
-    if numbers.size and (numbers.min() < limits.min or numbers.max() > limits.max):
-        raise ValueError(f"frames are whole numbers from {limits.min} to {limits.max}")
+    if numbers.size:
+        _check_frames(numbers.min(), numbers.max())
     return np.require(numbers, np.int32, "A")
 
 

@@ -37,6 +37,7 @@ def _signature(one: dict[str, Any]) -> inspect.Signature:
     if one["asks_for_frame"]:
         parameters.append(inspect.Parameter("frames", inspect.Parameter.KEYWORD_ONLY,
                                             default=_Shown("0"), annotation=_Shown("Int32")))
+    parameters.append(inspect.Parameter("out", inspect.Parameter.KEYWORD_ONLY, default=None))
     outputs = [port["type"] for port in one["outputs"]]
     returned = outputs[0] if len(outputs) == 1 else f"({', '.join(outputs)})"
     return inspect.Signature(parameters, return_annotation=_Shown(returned))
@@ -60,7 +61,8 @@ def _doc(one: dict[str, Any]) -> str:
     lines += [*_port_lines("Inputs", one["inputs"]), ""]
     if one["asks_for_frame"]:
         lines[-1:] = ["frames : Int32, the frame of each value; 0 where it is not given", ""]
-    lines += _port_lines("Outputs", one["outputs"])
+    lines += [*_port_lines("Outputs", one["outputs"]),
+              "out : where they go, " + ("an array" if len(one["outputs"]) == 1 else "a tuple of arrays")]
     return "\n".join(lines)
 
 

@@ -3,7 +3,7 @@ import collections
 
 from . import _help, _nodusmath
 
-__all__ = [described["name"] for described in _nodusmath.describe()]
+__all__ = list(_help.described())
 
 _TUPLES = {}
 
@@ -20,6 +20,5 @@ def _results(described):
     return _TUPLES[family]
 
 
-for _described in _nodusmath.describe():
-    globals()[_described["name"]] = _nodusmath.kernel(
-        _described["name"], _results(_described), _help.about)
+for _name, _described in _help.described().items():
+    globals()[_name] = _nodusmath.kernel(_name, _results(_described), _help.about)

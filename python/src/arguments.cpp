@@ -13,8 +13,6 @@ using host::ValueType;
 
 namespace {
 
-PyArrayObject* asArray(py::handle object) { return reinterpret_cast<PyArrayObject*>(object.ptr()); }
-
 template <typename T> Read store(T value, std::byte* to)
 {
     std::memcpy(to, &value, sizeof value);
@@ -22,8 +20,6 @@ template <typename T> Read store(T value, std::byte* to)
 }
 
 std::string wants(ValueType const& type) { return "wants " + std::string(type.name); }
-
-std::string textOf(PyObject* object) { return py::cast<std::string>(py::str(py::handle(object))); }
 
 template <typename T> std::string outside(PyObject* number, ValueType const& type)
 {
@@ -39,7 +35,7 @@ Read storeReal(double value, ValueType const& type, std::byte* to, PortName name
         return store(value, to);
     float const rounded = static_cast<float>(value);
     if (std::isinf(rounded) && !std::isinf(value)) {
-        name.refuse(wants(type) + "; " + textOf(py::float_(value).ptr()) + " is beyond every one");
+        name.refuse(wants(type) + "; " + textOf(py::float_(value)) + " is beyond every one");
         return Read::refused;
     }
     return store(rounded, to);
@@ -173,7 +169,7 @@ std::string whyNotFrom(py::object const& integers, ValueType const& lane, bool i
     auto const within = [&](long long from, long long to) -> std::string {
         return fits(from, to)
                    ? ""
-                   : "; the numbers from " + textOf(least.ptr()) + " to " + textOf(greatest.ptr()) +
+                   : "; the numbers from " + textOf(least) + " to " + textOf(greatest) +
                          " are beyond " + std::to_string(from) + " to " + std::to_string(to);
     };
     switch (lane.id) {
@@ -200,50 +196,53 @@ bool isLiteral(PyObject* given)
            PyTuple_Check(given);
 }
 
+std::string notAnArrayOf(py::object const& array)
+{
+    return ", not an array of " + textOf(array.attr("dtype"));
+}
+
 // An array that has what is called a double because its source had Python's numbers.
 std::string whyNotFromReals(py::object const& reals, ArrayType const& type, bool isLiteral)
 {
-    bool const wasEmpty = PyArray_SIZE(asArray(reals)) == 0;
-    if ((wasEmpty && isLiteral) || type.type->lane == TypeId::Double)
+    bool const isEmpty = PyArray_SIZE(asArray(reals)) == 0;
+    if ((isEmpty && isLiteral) || type.type->lane == TypeId::Double)
         return {};
     if (type.element != NPY_FLOAT32)
-        return ", not an array of " + textOf(py::str(reals.attr("dtype")).ptr());
-    if (PyArray_ITEMSIZE(asArray(reals)) < 4)
+        return notAnArrayOf(reals);
+    if (isLiteral || PyArray_ITEMSIZE(asArray(reals)) < 4)
         return {};
-    if (!isLiteral)
-        return ", not an array of " + textOf(py::str(reals.attr("dtype")).ptr()) +
-               ", which would lose digits: use .astype(numpy.float32)";
-    return {};
+    return notAnArrayOf(reals) + ", which would lose digits: use .astype(numpy.float32)";
 }
 
-py::object converted(py::object array, ArrayType const& type, PortName name, bool isLiteral)
+// Why an array of other elements cannot become one of these; empty when it can.
+std::string whyNot(py::object const& array, ArrayType const& type, bool isLiteral)
 {
-    if (type.fits(PyArray_DESCR(asArray(array))))
-        return array;
-    std::string why;
-    int const from = PyArray_TYPE(asArray(array));
     auto const wanted =
         py::reinterpret_steal<py::object>(reinterpret_cast<PyObject*>(type.descr()));
     bool const differsInByteOrder =
         PyArray_CanCastTypeTo(PyArray_DESCR(asArray(array)),
                               reinterpret_cast<PyArray_Descr*>(wanted.ptr()),
                               NPY_EQUIV_CASTING) != 0;
+    int const from = PyArray_TYPE(asArray(array));
     if (differsInByteOrder)
-        ;
-    else if (type.element == NPY_VOID)
-        why = ", a structured array with the fields t, q and s (nodusmath.tqs makes one)";
-    else if (PyTypeNum_ISBOOL(from))
-        ;
-    else if (PyTypeNum_ISINTEGER(from))
-        why = whyNotFrom(array, host::valueType(type.type->lane), isLiteral);
-    else if (PyTypeNum_ISFLOAT(from) && from != NPY_LONGDOUBLE)
-        why = whyNotFromReals(array, type, isLiteral);
-    else
-        why = ", not an array of " + textOf(py::str(array.attr("dtype")).ptr());
-    if (!why.empty()) {
-        name.refuse(wants(*type.type) + why);
-        throw py::error_already_set();
-    }
+        return {};
+    if (type.element == NPY_VOID)
+        return ", a structured array with the fields t, q and s (nodusmath.tqs makes one)";
+    if (PyTypeNum_ISBOOL(from))
+        return {};
+    if (PyTypeNum_ISINTEGER(from))
+        return whyNotFrom(array, host::valueType(type.type->lane), isLiteral);
+    if (PyTypeNum_ISFLOAT(from) && from != NPY_LONGDOUBLE)
+        return whyNotFromReals(array, type, isLiteral);
+    return notAnArrayOf(array);
+}
+
+py::object converted(py::object array, ArrayType const& type, PortName name, bool isLiteral)
+{
+    if (type.fits(PyArray_DESCR(asArray(array))))
+        return array;
+    if (std::string const why = whyNot(array, type, isLiteral); !why.empty())
+        name.fail(wants(*type.type) + why);
     // NumPy would warn of what is a fault here.
     py::object const errors =
         py::module_::import("numpy").attr("errstate")(py::arg("over") = "ignore");
@@ -253,34 +252,17 @@ py::object converted(py::object array, ArrayType const& type, PortName name, boo
     if (cast == nullptr)
         throw py::error_already_set();
     auto made = py::reinterpret_steal<py::object>(cast);
-    if (from == NPY_FLOAT64 && type.element == NPY_FLOAT32) {
+    if (PyArray_TYPE(asArray(array)) == NPY_FLOAT64 && type.element == NPY_FLOAT32) {
         auto const* const after = static_cast<float const*>(PyArray_DATA(asArray(made)));
         auto const flat =
             py::reinterpret_steal<py::object>(PyArray_Ravel(asArray(array), NPY_CORDER));
         auto const* const before = static_cast<double const*>(PyArray_DATA(asArray(flat)));
         for (npy_intp i = 0; i < PyArray_SIZE(asArray(made)); ++i)
-            if (std::isinf(after[i]) && !std::isinf(before[i])) {
-                name.refuse(wants(*type.type) + "; " + textOf(py::float_(before[i]).ptr()) +
-                            " is beyond every Float");
-                throw py::error_already_set();
-            }
+            if (std::isinf(after[i]) && !std::isinf(before[i]))
+                name.fail(wants(*type.type) + "; " + textOf(py::float_(before[i])) +
+                          " is beyond every Float");
     }
     return made;
-}
-
-// Whether the kernel may read the values where they lie.
-bool isReadable(PyArrayObject* array, ArrayType const& type)
-{
-    auto const alignment = static_cast<npy_intp>(type.type->alignment);
-    int const loops = PyArray_NDIM(array) - type.dimensions;
-    npy_intp next = PyArray_ITEMSIZE(array);
-    for (int i = PyArray_NDIM(array) - 1; i >= loops; next *= PyArray_DIM(array, i--))
-        if (PyArray_STRIDE(array, i) != next)
-            return false;
-    for (int i = 0; i < loops; ++i)
-        if (PyArray_DIM(array, i) > 1 && PyArray_STRIDE(array, i) % alignment != 0)
-            return false;
-    return reinterpret_cast<std::uintptr_t>(PyArray_DATA(array)) % type.type->alignment == 0;
 }
 
 Operand readTexts(py::object const& array, PortName name)
@@ -290,15 +272,12 @@ Operand readTexts(py::object const& array, PortName name)
     auto const size = static_cast<std::size_t>(PyArray_SIZE(texts));
     operand.texts.reserve(size);
     for (py::handle const each : py::object(array.attr("ravel")()).attr("tolist")()) {
-        if (!PyUnicode_Check(each.ptr())) {
-            name.refuse("wants String, a str, not " + textOf(py::repr(each).ptr()));
-            throw py::error_already_set();
-        }
+        if (!PyUnicode_Check(each.ptr()))
+            name.fail("wants String, a str, not " + textOf(py::repr(each)));
         auto const text = py::cast<std::string_view>(each);
         operand.texts.emplace_back(std::string(text.data(), text.size()));
     }
-    operand.laySideBySide({PyArray_DIMS(texts), static_cast<std::size_t>(PyArray_NDIM(texts))},
-                          sizeof(String));
+    operand.laySideBySide(shapeOf(texts), sizeof(String));
     operand.first = reinterpret_cast<std::byte*>(operand.texts.data());
     return operand;
 }
@@ -311,6 +290,14 @@ void PortName::refuse(std::string const& why, PyObject* error) const
                     (std::string(kernel) + ": port '" + std::string(port) + "' " + why).c_str());
 }
 
+void PortName::fail(std::string const& why, PyObject* error) const
+{
+    refuse(why, error);
+    throw py::error_already_set();
+}
+
+std::string textOf(py::handle object) { return py::cast<std::string>(py::str(object)); }
+
 void Operand::laySideBySide(std::span<npy_intp const> extents, npy_intp size)
 {
     shape.assign(extents.begin(), extents.end());
@@ -319,11 +306,23 @@ void Operand::laySideBySide(std::span<npy_intp const> extents, npy_intp size)
         strides[i] = size;
 }
 
+Operand Operand::in(py::object array, ArrayType const& type)
+{
+    PyArrayObject* const values = asArray(array);
+    auto const loops = shapeOf(values).size() - type.core().size();
+    Operand operand;
+    operand.first = static_cast<std::byte*>(PyArray_DATA(values));
+    operand.shape.assign(PyArray_DIMS(values), PyArray_DIMS(values) + loops);
+    operand.strides.assign(PyArray_STRIDES(values), PyArray_STRIDES(values) + loops);
+    operand.array = std::move(array);
+    return operand;
+}
+
 Read readValue(PyObject* given, ValueType const& type, std::byte* to, PortName name)
 {
     ArrayType const& wanted = arrayType(type.id);
     if (PyArray_CheckExact(given))
-        return readLanes(reinterpret_cast<PyArrayObject*>(given), wanted, to);
+        return readLanes(asArray(given), wanted, to);
     if (wanted.dimensions == 0)
         return readLane(given, type, to, name);
     bool const isList = PyList_CheckExact(given);
@@ -348,34 +347,21 @@ Operand readArray(PyObject* given, ValueType const& type, PortName name)
         if (PyErr_ExceptionMatches(PyExc_ValueError) == 0)
             throw py::error_already_set();
         PyErr_Clear();
-        name.refuse(wants(type) + ": what is given has no shape");
-        throw py::error_already_set();
+        name.fail(wants(type) + ": what is given has no shape");
     }
     if (wanted.element == NPY_OBJECT)
         return readTexts(array, name);
     array = converted(array, wanted, name, isLiteral(given));
-    int const loops = PyArray_NDIM(asArray(array)) - wanted.dimensions;
-    npy_intp const* const shape = PyArray_DIMS(asArray(array));
-    if (loops < 0 || !std::equal(wanted.core().begin(), wanted.core().end(), shape + loops)) {
-        std::span const has(shape, static_cast<std::size_t>(PyArray_NDIM(asArray(array))));
-        name.refuse(wants(type) + ", an array of shape " + wanted.shapeText() + ", not " +
-                        shapeText(has),
-                    PyExc_ValueError);
-        throw py::error_already_set();
-    }
-    if (!isReadable(asArray(array), wanted)) {
+    if (!wanted.isCoreOf(asArray(array)))
+        name.fail(wants(type) + ", an array of shape " + wanted.shapeText() + ", not " +
+                      shapeText(shapeOf(asArray(array))),
+                  PyExc_ValueError);
+    if (!wanted.liesWell(asArray(array))) {
         array = py::reinterpret_steal<py::object>(PyArray_NewCopy(asArray(array), NPY_CORDER));
         if (!array)
             throw py::error_already_set();
     }
-    Operand operand;
-    operand.first = static_cast<std::byte*>(PyArray_DATA(asArray(array)));
-    npy_intp const* const extents = PyArray_DIMS(asArray(array));
-    operand.shape.assign(extents, extents + loops);
-    npy_intp const* const strides = PyArray_STRIDES(asArray(array));
-    operand.strides.assign(strides, strides + loops);
-    operand.array = std::move(array);
-    return operand;
+    return Operand::in(std::move(array), wanted);
 }
 
 }  // namespace nodus::python

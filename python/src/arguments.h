@@ -6,8 +6,6 @@
 #include "nodus/String.h"
 #include "nodus/host/catalogue.h"
 
-#include <vector>
-
 namespace nodus::python {
 
 // Which port of which kernel, for messages.
@@ -16,18 +14,25 @@ struct PortName {
 
     // Sets a TypeError, or another one: "Add_Float3: port 'a' wants Float3, ...".
     void refuse(std::string const& why, PyObject* error = PyExc_TypeError) const;
+    // Throws it, too.
+    [[noreturn]] void fail(std::string const& why, PyObject* error = PyExc_TypeError) const;
 };
 
 // One port through the shape of a call: where its values lie.
 struct Operand {
     std::byte* first = nullptr;
-    std::vector<npy_intp> shape, strides;  // without those of a value's own lanes
-    pybind11::object array;                // keeps the values; none for texts
+    Shape shape, strides;    // without those of a value's own lanes
+    pybind11::object array;  // keeps the values; none for texts
     std::vector<String> texts;
 
     // Of texts or arrays made for the purpose: one value behind the other.
     void laySideBySide(std::span<npy_intp const> extents, npy_intp size);
+    // Where an array has values of the type, which it lies well for.
+    static Operand in(pybind11::object array, ArrayType const& type);
 };
+
+// As str has it: "float32", "1e+300".
+std::string textOf(pybind11::handle object);
 
 enum class Read { done, other, refused };
 

@@ -1,7 +1,9 @@
 // Which NumPy type each value type is.
 #include "array_types.h"
 
-#include <vector>
+#include <algorithm>
+#include <functional>
+#include <numeric>
 
 namespace nodus::python {
 
@@ -69,6 +71,26 @@ bool ArrayType::fits(PyArray_Descr* descr) const
     return descr == s_tqs || (descr->type_num == NPY_VOID && PyArray_EquivTypes(descr, s_tqs) != 0);
 }
 
+bool ArrayType::isCoreOf(PyArrayObject* array) const
+{
+    auto const all = shapeOf(array);
+    return all.size() >= core().size() && std::ranges::equal(all.last(core().size()), core());
+}
+
+bool ArrayType::liesWell(PyArrayObject* array) const
+{
+    auto const alignment = static_cast<npy_intp>(type->alignment);
+    int const loops = PyArray_NDIM(array) - dimensions;
+    npy_intp next = PyArray_ITEMSIZE(array);
+    for (int i = PyArray_NDIM(array) - 1; i >= loops; next *= PyArray_DIM(array, i--))
+        if (PyArray_STRIDE(array, i) != next)
+            return false;
+    for (int i = 0; i < loops; ++i)
+        if (PyArray_DIM(array, i) > 1 && PyArray_STRIDE(array, i) % alignment != 0)
+            return false;
+    return reinterpret_cast<std::uintptr_t>(PyArray_DATA(array)) % type->alignment == 0;
+}
+
 void prepareArrayTypes()
 {
     py::list fields;
@@ -87,6 +109,16 @@ ArrayType const& arrayType(TypeId id)
         return all;
     }();
     return types[static_cast<std::size_t>(id)];
+}
+
+std::span<npy_intp const> shapeOf(PyArrayObject* array)
+{
+    return {PyArray_DIMS(array), static_cast<std::size_t>(PyArray_NDIM(array))};
+}
+
+npy_intp countOf(std::span<npy_intp const> shape)
+{
+    return std::accumulate(shape.begin(), shape.end(), npy_intp{1}, std::multiplies<>());
 }
 
 std::string shapeText(std::span<npy_intp const> shape)

@@ -8,6 +8,7 @@
 #include <array>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace nodus::python {
 
@@ -28,12 +29,23 @@ struct ArrayType {
     PyArray_Descr* descr() const;
     // Whether arrays with that description have such elements.
     bool fits(PyArray_Descr* descr) const;
+    // Whether the array's last axes are those of a value.
+    bool isCoreOf(PyArrayObject* array) const;
+    // Whether kernels may read and write the values where they lie.
+    bool liesWell(PyArrayObject* array) const;
 };
 
 // Prepares descr() for TQS. Throws pybind11::error_already_set.
 void prepareArrayTypes();
 
 ArrayType const& arrayType(host::TypeId id);
+
+// Axes in the order of an array's.
+using Shape = std::vector<npy_intp>;
+
+std::span<npy_intp const> shapeOf(PyArrayObject* array);
+// How many elements an array of that shape has.
+npy_intp countOf(std::span<npy_intp const> shape);
 
 // "(4, 3)", as Python writes it.
 std::string shapeText(std::span<npy_intp const> shape);

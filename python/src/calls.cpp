@@ -1,6 +1,7 @@
-// Broadcasting: the shape of a call, results of that shape, and the rows along its longest axis.
+// Broadcasting: the shape of a call, and the rows along its longest axis.
 #include "calls.h"
 
+#include "results.h"
 #include "threads.h"
 
 #include "nodus/host/frame_log.h"
@@ -14,7 +15,6 @@
 #include <array>
 #include <chrono>
 #include <cstring>
-#include <numeric>
 #include <optional>
 
 namespace nodus::python {
@@ -24,26 +24,18 @@ using runtime::RowsOfPort;
 
 namespace {
 
-using Shape = std::vector<npy_intp>;
-
 // Fewer rows than this take less time than handing over the interpreter lock.
 constexpr npy_intp kManyRows = 1024;
 constexpr npy_intp kRowsAtOnce = 16384;
 // As many parts are worth the threads.
 constexpr npy_intp kManyParts = 16;
-// How many rows to compute between two looks at the clock, and how long between two at signals.
+// How many rows to compute between two looks at the clock.
 constexpr npy_intp kRowsOfWave = 64 * kRowsAtOnce;
-constexpr std::chrono::milliseconds kPatience{50};
 
 py::object s_isLogWanted, s_takeLog;
 
-[[noreturn]] void fail(PyObject* error, std::string const& text)
-{
-    PyErr_SetString(error, text.c_str());
-    throw py::error_already_set();
-}
-
-Shape broadcast(host::NodeType const& type, std::span<Operand const* const> operands)
+// The shape of all, or nothing when they do not go together.
+std::optional<Shape> broadcast(std::span<Operand const* const> operands)
 {
     Shape shape;
     for (Operand const* const operand : operands) {
@@ -55,18 +47,34 @@ Shape broadcast(host::NodeType const& type, std::span<Operand const* const> oper
             npy_intp const own = operand->shape[i];
             if (extent == 1)
                 extent = own;
-            else if (own == 1 || own == extent)
-                continue;
-            else {
-                std::string all;
-                for (Operand const* const each : operands)
-                    all += (all.empty() ? "" : ", ") + shapeText(each->shape);
-                fail(PyExc_ValueError,
-                     type.name + ": the ports' arrays do not go together: " + all);
-            }
+            else if (own != 1 && own != extent)
+                return std::nullopt;
         }
     }
     return shape;
+}
+
+// The shape of a call: that of the inputs, or of the caller's arrays, which the inputs fill.
+Shape shapeOfCall(host::NodeType const& type, std::vector<Operand const*> operands,
+                  std::span<Result const> results)
+{
+    std::optional<Shape> const shape = broadcast(operands);
+    if (!shape) {
+        std::string all;
+        for (Operand const* const each : operands)
+            all += (all.empty() ? "" : ", ") + shapeText(each->shape);
+        PyErr_SetString(PyExc_ValueError,
+                        (type.name + ": the ports' arrays do not go together: " + all).c_str());
+        throw py::error_already_set();
+    }
+    for (Result const& result : results)
+        if (result.given() != nullptr)
+            operands.push_back(result.given());
+    std::optional<Shape> const whole = broadcast(operands);
+    for (Result const& result : results)
+        if (result.given() != nullptr && (!whole || result.given()->shape != *whole))
+            result.refuseShape(*shape);
+    return *whole;
 }
 
 // One operand along the axes of the call.
@@ -123,8 +131,7 @@ public:
     // The operands: the ports and, behind them, the frames where they are asked for.
     void run(Shape shape, std::vector<Strides> operands)
     {
-        npy_intp const rows =
-            std::accumulate(shape.begin(), shape.end(), npy_intp{1}, std::multiplies<>());
+        npy_intp const rows = countOf(shape);
         if (rows == 0)
             return;
         mergeAxes(shape, operands);
@@ -231,68 +238,30 @@ private:
     std::chrono::steady_clock::time_point m_lastLook = std::chrono::steady_clock::now();
 };
 
-// An output port of that shape, nothing written yet.
-Operand makeResult(host::Port const& port, Shape const& shape, bool isCleared)
-{
-    ArrayType const& type = arrayType(port.type->id);
-    Operand result;
-    result.laySideBySide(shape, static_cast<npy_intp>(port.type->size));
-    if (type.element == NPY_OBJECT) {
-        result.texts.resize(static_cast<std::size_t>(
-            std::accumulate(shape.begin(), shape.end(), npy_intp{1}, std::multiplies<>())));
-        result.first = reinterpret_cast<std::byte*>(result.texts.data());
-        return result;
-    }
-    Shape whole = shape;
-    whole.insert(whole.end(), type.core().begin(), type.core().end());
-    if (whole.size() > NPY_MAXDIMS)
-        fail(PyExc_ValueError, "an array has at most 32 axes");
-    auto const make = isCleared ? PyArray_Zeros : PyArray_Empty;
-    result.array = py::reinterpret_steal<py::object>(
-        make(static_cast<int>(whole.size()), whole.data(), type.descr(), 0));
-    if (!result.array)
-        throw py::error_already_set();
-    result.first = reinterpret_cast<std::byte*>(
-        PyArray_DATA(reinterpret_cast<PyArrayObject*>(result.array.ptr())));
-    return result;
-}
-
-py::object textsOf(Operand const& result)
-{
-    py::list texts;
-    for (std::string const& text : result.texts)
-        texts.append(py::str(text.data(), text.size()));
-    if (result.shape.empty())
-        return texts[0];
-    py::object const numpy = py::module_::import("numpy");
-    py::object array = numpy.attr("empty")(texts.size(), "O");
-    array[py::slice(0, static_cast<py::ssize_t>(texts.size()), 1)] = texts;
-    py::tuple shape(result.shape.size());
-    for (std::size_t i = 0; i < result.shape.size(); ++i)
-        shape[i] = result.shape[i];
-    return array.attr("reshape")(shape);
-}
-
 }  // namespace
 
 Results callRows(host::NodeType const& type, runtime::RowsOfKernel const& rows,
-                 std::span<Operand> inputs, Operand* frames)
+                 std::span<Operand> inputs, Operand* frames, std::span<py::object const> out)
 {
     std::vector<Operand const*> given;
     for (Operand const& input : inputs)
         given.push_back(&input);
     if (frames != nullptr)
         given.push_back(frames);
-    Shape const shape = broadcast(type, given);
-    std::vector<Operand> results;
-    for (host::Port const& port : type.outputs)
-        results.push_back(makeResult(port, shape, type.family->mayKeepOutputs));
+    std::vector<Result> results;
+    for (std::size_t i = 0; i < type.outputs.size(); ++i)
+        results.emplace_back(type, type.outputs[i], out[i]);
+    Shape const shape = shapeOfCall(type, given, results);
 
+    std::vector<py::object> inUse;
+    for (Operand const* const operand : given)
+        if (operand->array)
+            inUse.push_back(operand->array);
     std::vector<Strides> operands;
     for (Operand const& input : inputs)
         operands.push_back(alongAxes(input, shape));
-    for (Operand const& result : results)
-        operands.push_back(alongAxes(result, shape));
+    for (Result& result : results)
+        operands.push_back(alongAxes(result.prepare(shape, inUse), shape));
     std::size_t const ports = operands.size();
     if (frames != nullptr)
         operands.push_back(alongAxes(*frames, shape));
@@ -305,13 +274,8 @@ Results callRows(host::NodeType const& type, runtime::RowsOfKernel const& rows,
         passOnLog(lines.view());
     }
     Results made;
-    for (Operand& result : results) {
-        if (!result.array)
-            made.push_back(textsOf(result));
-        else  // an array without axes is a number
-            made.push_back(py::reinterpret_steal<py::object>(
-                PyArray_Return(reinterpret_cast<PyArrayObject*>(result.array.release().ptr()))));
-    }
+    for (Result& result : results)
+        made.push_back(result.take());
     return made;
 }
 

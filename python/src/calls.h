@@ -13,11 +13,12 @@ inline constexpr std::size_t kMostOperands = 16;
 // One for each output port.
 using Results = std::vector<pybind11::object>;
 
-// inputs: one for each port, in their order; frames: Int32, or null where the kernel never asks.
+// inputs: one for each port, in their order; frames: Int32, or null where the kernel never asks;
+// out: for each output port the caller's array for it, or none.
 // The interpreter lock is free while many rows are computed, and a signal ends that. Throws
 // pybind11::error_already_set.
 Results callRows(host::NodeType const& type, runtime::RowsOfKernel const& rows,
-                 std::span<Operand> inputs, Operand* frames);
+                 std::span<Operand> inputs, Operand* frames, std::span<pybind11::object const> out);
 
 // What logging nodes said, "frame 12: text" a line, to Python's logging.
 bool isLogWanted();

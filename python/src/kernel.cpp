@@ -3,6 +3,7 @@
 
 #include "calls.h"
 
+#include "modules/load.h"
 #include "nodus/host/diagnostics.h"
 #include "nodus/runtime/EvaluationScope.h"
 
@@ -34,7 +35,7 @@ struct Kernel {
     Description const* about;
 };
 
-PyObject* s_frames = nullptr;
+PyObject *s_frames = nullptr, *s_out = nullptr;
 PyTypeObject s_type{};
 
 Description const& aboutOf(PyObject* self) { return *reinterpret_cast<Kernel*>(self)->about; }
@@ -54,10 +55,11 @@ std::string portList(Description const& about)
     return host::alternatives(names, "and", 99);
 }
 
-// What a call gives: one for each input, null where the standard holds, and the frames.
+// What a call gives: one for each input, null where the standard holds; the frames, and where
+// results go.
 struct Given {
     std::array<PyObject*, kMostOperands> inputs{};
-    PyObject* frames = nullptr;
+    PyObject *frames = nullptr, *out = nullptr;
 };
 
 PyObject** placeOf(Description const& about, PyObject* keyword, Given& given)
@@ -67,6 +69,8 @@ PyObject** placeOf(Description const& about, PyObject* keyword, Given& given)
             return &given.inputs[i];
     if (about.rows.needsFrames && PyUnicode_Compare(keyword, s_frames) == 0)
         return &given.frames;
+    if (PyUnicode_Compare(keyword, s_out) == 0)
+        return &given.out;
     // Names that a program has put together are not interned; "from_" is how Python can write
     // "from".
     std::string_view wanted = py::cast<std::string_view>(py::handle(keyword));
@@ -106,13 +110,6 @@ bool sortArguments(Description const& about, PyObject* const* arguments, std::si
     return true;
 }
 
-template <typename T> T loaded(std::byte const* from)
-{
-    T value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-}
-
 // A port's value as NumPy's scalar, or as an array of its lanes.
 PyObject* valueOf(host::ValueType const& type, std::byte const* bytes)
 {
@@ -120,12 +117,12 @@ PyObject* valueOf(host::ValueType const& type, std::byte const* bytes)
     {                                                                                              \
         PyObject* const made = PyArrayScalar_New(Name);                                            \
         if (made != nullptr)                                                                       \
-            PyArrayScalar_ASSIGN(made, Name, loaded<T>(bytes));                                    \
+            PyArrayScalar_ASSIGN(made, Name, host::load<T>(bytes));                                \
         return made;                                                                               \
     }
     switch (type.id) {
     case TypeId::Bool:
-        PyArrayScalar_RETURN_BOOL_FROM_LONG(loaded<npy_bool>(bytes));
+        PyArrayScalar_RETURN_BOOL_FROM_LONG(host::load<npy_bool>(bytes));
     case TypeId::UInt8:
         NODUS_SCALAR(UByte, npy_uint8)
     case TypeId::Int32:
@@ -144,8 +141,8 @@ PyObject* valueOf(host::ValueType const& type, std::byte const* bytes)
     PyObject* const array = PyArray_Empty(shape.dimensions, shape.shape.data(), shape.descr(), 0);
     if (array == nullptr)
         return nullptr;
-    std::memcpy(PyArray_DATA(reinterpret_cast<PyArrayObject*>(array)), bytes, type.size);
-    return PyArray_Return(reinterpret_cast<PyArrayObject*>(array));
+    std::memcpy(PyArray_DATA(asArray(array)), bytes, type.size);
+    return PyArray_Return(asArray(array));
 }
 
 // The results of several outputs are a named tuple.
@@ -194,6 +191,35 @@ Operand standardOf(host::Port const& port)
     return operand;
 }
 
+// The caller's arrays, none where it leaves one to be made.
+std::vector<py::object> outOf(Description const& about, PyObject* out)
+{
+    auto const& ports = about.type->outputs;
+    std::vector<py::object> arrays(ports.size());
+    bool const isTuple = out != nullptr && PyTuple_Check(out);
+    if (out == nullptr || out == Py_None)
+        return arrays;
+    if (ports.size() == 1 && !isTuple) {
+        arrays[0] = py::reinterpret_borrow<py::object>(out);
+        return arrays;
+    }
+    if (!isTuple || PyTuple_GET_SIZE(out) != std::ssize(ports)) {
+        std::vector<std::string_view> names;
+        for (host::Port const& port : ports)
+            names.push_back(port.name);
+        PyErr_SetString(PyExc_TypeError,
+                        (about.type->name + ": out wants a tuple with an array for each of " +
+                         host::alternatives(names, "and", 99))
+                            .c_str());
+        throw py::error_already_set();
+    }
+    for (std::size_t i = 0; i < ports.size(); ++i)
+        if (PyObject* const array = PyTuple_GET_ITEM(out, static_cast<Py_ssize_t>(i));
+            array != Py_None)
+            arrays[i] = py::reinterpret_borrow<py::object>(array);
+    return arrays;
+}
+
 PyObject* callArrays(Description const& about, Given const& given)
 {
     std::vector<Operand> inputs;
@@ -209,8 +235,8 @@ PyObject* callArrays(Description const& about, Given const& given)
     if (given.frames != nullptr)
         frames =
             readArray(given.frames, host::valueType(TypeId::Int32), {about.type->name, "frames"});
-    Results results =
-        callRows(*about.type, about.rows, inputs, about.rows.needsFrames ? &frames : nullptr);
+    Results results = callRows(*about.type, about.rows, inputs,
+                               about.rows.needsFrames ? &frames : nullptr, outOf(about, given.out));
     if (results.size() == 1)
         return results[0].release().ptr();
     py::tuple values(results.size());
@@ -227,7 +253,8 @@ try {
                        keywords, given))
         return nullptr;
     alignas(16) std::array<std::byte, kMostBytes> block;
-    Read read = about.hasTexts || given.frames != nullptr ? Read::other : Read::done;
+    Read read = about.hasTexts || given.frames != nullptr || given.out != nullptr ? Read::other
+                                                                                  : Read::done;
     std::memcpy(block.data(), about.standard.data(), about.type->inputExtent);
     for (std::size_t i = 0; i < about.inputs.size() && read == Read::done; ++i)
         if (given.inputs[i] != nullptr) {
@@ -297,7 +324,8 @@ py::object prepareKernels()
     s_type.tp_getset = s_attributes;
     s_type.tp_methods = s_methods;
     s_frames = PyUnicode_InternFromString("frames");
-    if (s_frames == nullptr || PyType_Ready(&s_type) != 0)
+    s_out = PyUnicode_InternFromString("out");
+    if (s_frames == nullptr || s_out == nullptr || PyType_Ready(&s_type) != 0)
         throw py::error_already_set();
     return py::reinterpret_borrow<py::object>(reinterpret_cast<PyObject*>(&s_type));
 }
@@ -308,7 +336,7 @@ py::object makeKernel(host::NodeType const& type, py::object results, py::object
         type.inputExtent > kMostBytes || type.outputExtent > kMostBytes ||
         type.workspaceExtent > kMostBytes)
         throw host::Fault(type.name + " has larger blocks than the package can hold");
-    auto const rows = type.module->rowsOf("Nodus" + type.name + "_Solve");
+    auto const rows = type.module->rowsOf(kernelName(type));
     if (rows.solve == nullptr)
         throw host::Fault(type.name + " has no function over rows beside its module");
     auto* const about = new Description{

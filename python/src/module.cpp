@@ -88,7 +88,7 @@ py::dict describe(host::NodeType const& type)
     described["edges"] = type.family->edges;
     described["inputs"] = portsOf(type.inputs);
     described["outputs"] = portsOf(type.outputs);
-    described["asks_for_frame"] = type.module->rowsOf("Nodus" + type.name + "_Solve").needsFrames;
+    described["asks_for_frame"] = type.module->rowsOf(kernelName(type)).needsFrames;
     return described;
 }
 

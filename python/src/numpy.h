@@ -11,3 +11,12 @@
 
 #include <numpy/arrayobject.h>
 #include <numpy/arrayscalars.h>
+
+namespace nodus::python {
+
+inline PyArrayObject* asArray(pybind11::handle object)
+{
+    return reinterpret_cast<PyArrayObject*>(object.ptr());
+}
+
+}  // namespace nodus::python

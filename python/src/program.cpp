@@ -4,6 +4,7 @@
 
 #include "array_types.h"
 #include "calls.h"
+#include "results.h"
 #include "threads.h"
 
 #include "nodus/String.h"
@@ -33,7 +34,6 @@ namespace {
 // So many rows of a node take from ten milliseconds to some tenths of a second: less is not worth a
 // thread, for which a busy machine would have to find time.
 constexpr std::size_t kLongWork = std::size_t{16} << 20;
-constexpr std::chrono::milliseconds kPatience{50};
 
 // An evaluation on another thread.
 class Task {
@@ -168,7 +168,10 @@ public:
         if (!report.is_none())
             report(rows);
         passOnLog(log.view());
-        return textLists(texts);
+        py::list lists;
+        for (std::vector<String> const& each : texts)
+            lists.append(listOf(each));
+        return lists;
     }
 
     // Throws Fault when the graph cannot be evaluated so.
@@ -193,14 +196,10 @@ private:
         return graph;
     }
 
-    static PyArrayObject* arrayOf(py::handle object)
-    {
-        return reinterpret_cast<PyArrayObject*>(object.ptr());
-    }
-    static void* dataOf(py::handle array) { return PyArray_DATA(arrayOf(array)); }
+    static void* dataOf(py::handle array) { return PyArray_DATA(asArray(array)); }
     static std::ptrdiff_t strideOf(py::handle array)
     {
-        return PyArray_NDIM(arrayOf(array)) == 0 ? 0 : PyArray_STRIDE(arrayOf(array), 0);
+        return PyArray_NDIM(asArray(array)) == 0 ? 0 : PyArray_STRIDE(asArray(array), 0);
     }
 
     template <typename Work>
@@ -224,18 +223,6 @@ private:
                 throw;
             }
         }
-    }
-
-    static py::list textLists(std::vector<std::vector<String>> const& outputs)
-    {
-        py::list lists;
-        for (std::vector<String> const& output : outputs) {
-            py::list texts;
-            for (std::string const& text : output)
-                texts.append(py::str(text.data(), text.size()));
-            lists.append(texts);
-        }
-        return lists;
     }
 
     host::Graph m_graph;

@@ -4,22 +4,21 @@ usage: stubs.py _kernels.pyi
 """
 import sys
 
-from nodusmath import _help, _nodusmath
-
-#Arrays where a value is one already; a call with single numbers returns NumPy's scalar, otherwise.
-ARRAYS = {"Bool": "np.bool_", "UInt8": "np.uint8", "Int32": "np.int32", "UInt32": "np.uint32",
-          "Float": "np.float32", "Double": "np.float64", "TQS": "np.void", "String": "np.object_"}
-SCALARS = {"Bool", "UInt8", "Int32", "UInt32", "Float", "Double", "String", "TQS"}
+from nodusmath import _help, types
 
 
 def returned(port):
-    return "Any" if port["type"] in SCALARS else f"NDArray[{ARRAYS.get(port['type'], 'np.float32')}]"
+    """An array where a value is one already; else a call with single values returns NumPy's scalar."""
+    dtype, shape, _ = types[port["type"]]
+    return f"NDArray[np.{dtype}]" if shape else "Any"
 
 
 def stub(one):
     parameters = [f"{_help.parameter_name(port['name'])}: ArrayLike = ..." for port in one["inputs"]]
+    parameters.append("*")
     if one["asks_for_frame"]:
-        parameters += ["*", "frames: ArrayLike = ..."]
+        parameters.append("frames: ArrayLike = ...")
+    parameters.append("out: " + ("_Out" if len(one["outputs"]) == 1 else "_Outs") + " = ...")
     outputs = one["outputs"]
     result = returned(outputs[0]) if len(outputs) == 1 else one["family"] + "Results"
     lines = [f"def {one['name']}({', '.join(parameters)}) -> {result}:"]
@@ -35,11 +34,13 @@ def tuples(described):
         yield ""
 
 
-described = _nodusmath.describe()
+described = _help.described().values()
 with open(sys.argv[1], "w", encoding="utf-8") as file:
     names = ", ".join(f'"{one["name"]}"' for one in described)
     print("from typing import Any, NamedTuple\n\nimport numpy as np\n"
-          "from numpy.typing import ArrayLike, NDArray\n", file=file)
+          "from numpy.typing import ArrayLike, NDArray\n\n"
+          "_Outs = tuple[NDArray[Any] | None, ...] | None\n"
+          "_Out = NDArray[Any] | _Outs\n", file=file)
     print(f"__all__ = [{names}]\n", file=file)
     print(*tuples(described), sep="\n", file=file)
     print(*map(stub, described), sep="\n", file=file)

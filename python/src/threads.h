@@ -1,6 +1,7 @@
 // How many threads may compute.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 
 namespace nodus::python {
@@ -12,5 +13,8 @@ std::size_t threadsSet();
 // As many as are wanted, or 1 where they are no more: a process made by fork has lost those that
 // TBB had started before, and would wait for them.
 std::size_t threadsToUse(std::size_t wanted);
+
+// Between two looks at signals.
+inline constexpr std::chrono::milliseconds kPatience{50};
 
 }  // namespace nodus::python

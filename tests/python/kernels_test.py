@@ -108,10 +108,14 @@ def test_any_shapes_and_layouts_have_the_modules_bits(data):
     random = np.random.default_rng(data.draw(st.integers(0, 1000)))
     values = [random_values(random, port, shape) for port, shape in zip(ports, shapes.input_shapes)]
     laid = [LAYOUTS[data.draw(st.sampled_from(sorted(LAYOUTS)))](value) for value in values]
-    got = getattr(nm, name)(*laid)
     outputs = DESCRIBED[name]["outputs"]
-    results = got if len(outputs) > 1 else [got]
     cores = [nm.types[port["type"]].shape for port in outputs]
+    place = data.draw(st.sampled_from(sorted(LAYOUTS.keys() - {"other byte order", "read-only"})))
+    out = tuple(LAYOUTS[place](np.ones(shapes.result_shape + core, nm.types[port["type"]].dtype))
+                if data.draw(st.booleans()) else None for port, core in zip(outputs, cores))
+    got = getattr(nm, name)(*laid, out=out)
+    results = got if len(outputs) > 1 else [got]
+    assert all(array is None or array is result for array, result in zip(out, results)), name
     for result, port, core in zip(results, outputs, cores):
         assert np.shape(result) == (*shapes.result_shape, *core), name
         assert np.asarray(result).dtype == nm.types[port["type"]].dtype
@@ -121,6 +125,23 @@ def test_any_shapes_and_layouts_have_the_modules_bits(data):
         expected = by_module(name, [value[row] for value in same])
         for result, port, wanted in zip(results, outputs, expected):
             assert bits(np.asarray(result)[row], port) == bits(wanted, port), name
+
+
+def test_results_may_go_where_inputs_are():
+    numbers = np.arange(12, dtype=np.float32)
+    for inputs, out in [(slice(None), slice(None)), (slice(None, -1), slice(1, None)), (slice(1, None), slice(None, -1)),
+                        (slice(None, None, -1), slice(None))]:
+        memory = numbers.copy()
+        assert nm.Add_Float(memory[inputs], 1, out=memory[out]).tolist() == (numbers[inputs] + 1).tolist()
+    assert nm.Add_Float(1, [[2], [3]], out=np.empty((2, 2), "f4")).tolist() == [[3, 3], [4, 4]]
+    both = np.empty(2, "f4")
+    assert [*map(np.ndarray.tolist, nm.SinCos_Float([0, 0], out=(both, both)))] == [[1, 1], [1, 1]]
+    frames = np.arange(3, dtype=np.int32)
+    drawn = nm.RandomGenerator_Int32(seed=1, range=99, frames=frames)
+    assert nm.RandomGenerator_Int32(seed=1, range=99, frames=frames, out=frames) is frames
+    assert frames.tolist() == drawn.tolist()
+    texts = np.empty(2, object)
+    assert nm.LogValueString(["a", "b"], out=texts) is texts and texts.tolist() == ["a", "b"]
 
 
 def test_every_kernel_has_the_graphs_standard_inputs():
@@ -190,6 +211,14 @@ big = np.arange(3) + 2**31
     (lambda: nm.Add_Float(1, a=1), TypeError, "Add_Float is given 'a' twice"),
     (lambda: nm.Add_Float(1, frames=1), TypeError, "has no input 'frames'"),
     (lambda: nm.RandomGenerator_Float(frames=[0.5]), TypeError, "port 'frames' wants Int32"),
+    (lambda: nm.Add_Float(1, 2, out=[0]), TypeError, "Add_Float: out wants an array, not list for 'result'"),
+    (lambda: nm.Add_Float(1, 2, out=np.empty(())), TypeError, "an array of float32, not of float64"),
+    (lambda: nm.Add_Float(1, 2, out=read_only(np.ones(1, "f4"))), ValueError, "not one to be read only"),
+    (lambda: nm.Abs_Float3([1, 2, 3], out=np.empty(4, "f4")), ValueError, r"shape \(..., 3\), not \(4,\)"),
+    (lambda: nm.Add_Float([1, 2], 0, out=np.empty(3, "f4")), ValueError, r"shape \(2,\), not \(3,\)"),
+    (lambda: nm.Add_Float([1, 2], 0, out=np.empty(1, "f4")), ValueError, r"shape \(2,\), not \(1,\)"),
+    (lambda: nm.SinCos_Float(1, out=np.empty((), "f4")), TypeError, "a tuple with an array for each of sine and cosine"),
+    (lambda: nm.Add_Float(1, 2, out=(None, None)), TypeError, "a tuple with an array for each of result"),
 ])
 def test_what_is_lost_or_does_not_fit_is_refused(call, error, told):
     with pytest.raises(error, match=told.replace("+", r"\+")):
