@@ -1,4 +1,4 @@
-# What the scripts of this folder share: a scratch folder that is gone at their end, and failing.
+# What the scripts of this folder share: a scratch folder that is gone at their end, failing, an installation.
 here=$(cd "$(dirname "$0")" && pwd)
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
@@ -14,6 +14,31 @@ quietly() { # quietly WHY-IT-FAILED COMMAND...
         cat "$scratch/log" >&2
         fail "$why"
     }
+}
+# Installs the build into a prefix and moves it: $prefix.
+install_and_move() { # install_and_move BUILD-DIRECTORY [OPTION-OF-CMAKE...]
+    build=$1
+    shift
+    cmake --install "$build" --prefix "$scratch/built" "$@" >/dev/null
+    mkdir "$scratch/elsewhere"
+    prefix=$scratch/elsewhere/moved
+    mv "$scratch/built" "$prefix"
+}
+prints() { # prints EXPECTED COMMAND...
+    expected=$1
+    shift
+    got=$("$@") || fail "$* fails"
+    [ "$got" = "$expected" ] || fail "$* prints '$got', not '$expected'"
+}
+# Puts a family at the end of a catalogue, in front of the line that ends the families, the last but one.
+add_family() { # add_family CATALOGUE ENTRY
+    {
+        head -n -3 "$1"
+        echo "    },"
+        sed 's/^/    /' "$2"
+        tail -n 2 "$1"
+    } >"$scratch/catalogue"
+    cp "$scratch/catalogue" "$1"
 }
 # The code blocks of a page in one language, each to a file of its own: NAME.1, NAME.2, ...
 blocks() { # blocks PAGE LANGUAGE NAME

@@ -14,15 +14,7 @@ mkdir "$tree"
 cd "$tree"
 
 cp "$scratch/mix.1" modules/nodusmath/Mix.cpp
-catalogue=modules/nodusmath/nodusmath.json
-# In front of the line that ends the families, the last but one.
-{
-    head -n -3 $catalogue
-    echo "    },"
-    sed 's/^/    /' "$scratch/entry.1"
-    tail -n 2 $catalogue
-} >"$scratch/catalogue"
-cp "$scratch/catalogue" $catalogue
+add_family modules/nodusmath/nodusmath.json "$scratch/entry.1"
 cat "$scratch/rows.1" >>tests/nodusmath/rows/arithmetic.txt
 
 quietly "the tables cannot be renewed" tests/renew

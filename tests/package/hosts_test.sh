@@ -5,9 +5,7 @@
 set -eu
 # shellcheck source=tests/package/common.sh
 . "$(dirname "$0")/common.sh"
-cmake --install "$1" --prefix "$scratch/built" >/dev/null
-mv "$scratch/built" "$scratch/moved"
-prefix=$scratch/moved
+install_and_move "$1"
 module=$(find "$prefix" -name libnodusmath.so)
 
 build_hosts() {
@@ -16,12 +14,6 @@ build_hosts() {
         -DCMAKE_PREFIX_PATH="$prefix" && cmake --build "$scratch/hosts"
 }
 quietly "examples/hosts does not build" build_hosts
-prints() { # prints EXPECTED COMMAND...
-    expected=$1
-    shift
-    got=$("$@") || fail "$* fails"
-    [ "$got" = "$expected" ] || fail "$* prints '$got'"
-}
 prints "11 22 33
 no text" "$scratch/hosts/host_c" "$module"
 drawn=$(for frame in 1 2 3; do

@@ -12,10 +12,7 @@ expect() { # expect WHAT EXPECTED GOT
     [ "$2" = "$3" ] || fail "$1: expected '$2', got '$3'"
 }
 
-cmake --install "$build" --prefix "$scratch/built" >/dev/null
-mkdir "$scratch/elsewhere"
-mv "$scratch/built" "$scratch/elsewhere/moved"
-prefix=$scratch/elsewhere/moved
+install_and_move "$build"
 libdir=$(dirname "$(find "$prefix" -name libcompute_runtime.so)")
 
 if grep -rlF -e "$scratch/built" -e "$build" "$prefix"; then

@@ -5,23 +5,15 @@
 set -eu
 # shellcheck source=tests/package/common.sh
 . "$(dirname "$0")/common.sh"
-cmake --install "$1" --prefix "$scratch/built" >/dev/null
-mv "$scratch/built" "$scratch/moved"
-CMAKE_PREFIX_PATH=$scratch/moved
+install_and_move "$1"
+CMAKE_PREFIX_PATH=$prefix
 export CMAKE_PREFIX_PATH
-nodus=$scratch/moved/bin/nodus
+nodus=$prefix/bin/nodus
 cd "$scratch"
-expect() { # expect EXPECTED COMMAND...
-    expected=$1
-    shift
-    got=$("$@" 2>&1) || true
-    [ "$got" = "$expected" ] || fail "$* prints '$got', not '$expected'"
-}
 
 "$nodus" new-module own_tools >/dev/null
-expect "nodus: own_tools is there already: a new module wants a new folder" "$nodus" new-module own_tools
 ! grep -rn '@[Nn]ame@' own_tools || fail "these places of the templates are not filled"
-for name in '' 1st a-b ../a nodusmath; do
+for name in own_tools '' 1st a-b ../a nodusmath; do
     ! "$nodus" new-module "$name" 2>"$scratch/log" || fail "a module may be called '$name'"
     [ "$(wc -l <"$scratch/log")" = 1 ] || fail "'$name' is not told in one line: $(cat "$scratch/log")"
 done
@@ -36,25 +28,19 @@ finds() { # finds WHAT-IS-TOLD MISTAKE
 
 # The commands of the page, then its third node in the places that it names.
 quietly "a new module fails its tests" own_tools/test
-expect "result = 1.25" own_tools/run call OwnToolsMix_Float a=1 b=2 t=0.25
-expect "result = 3" own_tools/run call Add_Float a=1 b=2
+prints "result = 1.25" own_tools/run call OwnToolsMix_Float a=1 b=2 t=0.25
+prints "result = 3" own_tools/run call Add_Float a=1 b=2
 blocks own_module.md cpp half
 blocks own_module.md json half_entry
 blocks own_module.md text half_rows
 cd own_tools
 cp "$scratch/half.1" half.cpp
 sed -i 's/SOURCES own_tools.cpp/& half.cpp/' CMakeLists.txt
-{
-    head -n -3 own_tools.json
-    echo '    },'
-    sed 's/^/    /' "$scratch/half_entry.1"
-    tail -n 2 own_tools.json
-} >changed.json
-mv changed.json own_tools.json
+add_family own_tools.json "$scratch/half_entry.1"
 finds '^OwnToolsHalf_Double: has no row' "a node without a row"
 cat "$scratch/half_rows.1" >>rows/own_tools.txt
 quietly "the module with a third node fails its tests" ./test
-expect "result = 0.75" ./run call OwnToolsHalf_Double value=1.5
+prints "result = 0.75" ./run call OwnToolsHalf_Double value=1.5
 grep -q 'id="OwnToolsHalf"' build/own_tools.html || fail "the reference does not have the third node"
 
 mistake() { # mistake FILE CHANGE WHAT-IS-TOLD

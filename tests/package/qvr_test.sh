@@ -8,9 +8,7 @@ set -eu
 build=$1
 cxx=${CXX:-g++}
 
-cmake --install "$build" --prefix "$scratch/built" --component qvr >/dev/null
-mv "$scratch/built" "$scratch/moved"
-prefix=$scratch/moved
+install_and_move "$build" --component qvr
 others=$(cd "$prefix" && find . -type f | grep -v qvr || true)
 [ -z "$others" ] || fail "not of the library alone: $others"
 if grep -rlF -e "$scratch/built" -e "$build" "$prefix"; then
