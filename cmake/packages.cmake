@@ -67,6 +67,9 @@ debian_package(tools nodus-tools utils
     "The command nodus lists, describes and calls node kernels and evaluates graph"
     "files over frames; with its manual page, shell completion and sample graphs.")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS graphviz)  # draws for nodus show
+if(TARGET nodus)
+  set(CPACK_DEBIAN_DEVEL_PACKAGE_RECOMMENDS nodus-tools)  # begins and tests modules of one's own
+endif()
 if(TARGET nodusmath_python)
   debian_package(python python3-nodusmath python
     DEPENDS libcompute-runtime libnodusmath
