@@ -2,11 +2,14 @@
 // graph files of nodus_graphs.wasm, which is the reader and the evaluator of the command nodus.
 // nodusmath.d.ts says what each of them takes and gives.
 import { Graphs } from "./graphs.js";
-import { lanesOf, nodeTypesOf, standard, valueTypes } from "./values.js";
-import { instantiate, NodusFault, Texts } from "./wasm.js";
+import { lanesOf, nodeTypesOf, shaped, standard, valueTypes } from "./values.js";
+import { bytesOf, instantiate, NodusFault, Texts } from "./wasm.js";
 export { Graphs } from "./graphs.js";
 export { layout, valueTypes } from "./values.js";
 export { NodusFault } from "./wasm.js";
+
+// What a block takes, up to where the next one may start.
+const roomOf = ({ extent }) => Math.ceil((extent + 1) / 16) * 16;
 
 // A node with blocks of its own. Values stay as they were set until they are set again.
 class Node {
@@ -21,11 +24,10 @@ class Node {
         this.#exports = exports;
         this.#texts = texts;
         this.type = type;
-        const end = ({ extent }, from) => from + Math.ceil((extent + 1) / 16) * 16;
         this.#input = place;
-        this.#workspace = end(type.inputs, this.#input);
-        this.#output = end(type.workspace, this.#workspace);
-        new Uint8Array(exports.memory.buffer, place, end(type.outputs, this.#output) - place).fill(0);
+        this.#workspace = this.#input + roomOf(type.inputs);
+        this.#output = this.#workspace + roomOf(type.workspace);
+        new Uint8Array(exports.memory.buffer, place, Node.sizeOf(type)).fill(0);
         const kernel = "Nodus" + type.name;
         const solve = exports[kernel + "_Solve"], init = exports[kernel + "_Init"];
         this.#kernel = type.workspace.ports.length === 0
@@ -41,24 +43,28 @@ class Node {
 
     // What a node of the type takes.
     static sizeOf(type) {
-        return [type.inputs, type.workspace, type.outputs]
-            .reduce((sum, { extent }) => sum + Math.ceil((extent + 1) / 16) * 16, 0);
+        return roomOf(type.inputs) + roomOf(type.workspace) + roomOf(type.outputs);
     }
 
     #blocks() {
         return [[this.#input, this.type.inputs.ports], [this.#output, this.type.outputs.ports]];
     }
 
+    // kind: "input" or "output".
+    #port(kind, name) {
+        const { ports } = this.type[kind + "s"];
+        const port = ports.find((known) => known.name === name);
+        if (port) return port;
+        const names = ports.map((known) => known.name).join(", ");
+        throw new NodusFault([`${this.type.name} has no ${kind} '${name}'; it has ${names}`]);
+    }
+
     set(name, value) {
-        const port = this.type.inputs.ports.find((known) => known.name === name);
-        const told = (wrong) => new NodusFault([`${this.type.name}${wrong}`]);
-        if (!port) {
-            const names = this.type.inputs.ports.map((known) => known.name).join(", ");
-            throw told(` has no input '${name}'; it has ${names}`);
-        }
+        const port = this.#port("input", name);
+        const told = (wrong) => new NodusFault([`${this.type.name}, input '${name}': ${wrong}`]);
         const at = this.#input + port.offset;
         if (port.type === "String") {
-            if (typeof value !== "string") throw told(`, input '${name}': wants a text`);
+            if (typeof value !== "string") throw told("wants a text");
             this.#exports.nodus_dropText(at);
             this.#makeText(at, value);
             return;
@@ -67,7 +73,7 @@ class Node {
         try {
             numbers = lanesOf(port.type, value);
         } catch (wrong) {
-            throw typeof wrong === "string" ? told(`, input '${name}': ${wrong}`) : wrong;
+            throw typeof wrong === "string" ? told(wrong) : wrong;
         }
         const view = new DataView(this.#exports.memory.buffer);
         const { size, set } = valueTypes[port.type], each = size / numbers.length;
@@ -83,16 +89,13 @@ class Node {
     }
 
     get(name) {
-        const port = this.type.outputs.ports.find((known) => known.name === name), at = this.#output + port.offset;
+        const port = this.#port("output", name), at = this.#output + port.offset;
         if (port.type === "String")
             return this.#texts.read(this.#exports.nodus_textOf(at), this.#exports.nodus_textSize(at));
         const view = new DataView(this.#exports.memory.buffer);
         const { size, get, lanes } = valueTypes[port.type], each = size / lanes.length;
         const numbers = lanes.map((_, i) => view[get](at + i * each, true));
-        if (port.type === "Bool") return numbers[0] !== 0;
-        if (port.type === "TQS")
-            return { t: numbers.slice(0, 4), q: numbers.slice(4, 8), s: numbers.slice(8) };
-        return lanes.length === 1 ? numbers[0] : numbers;
+        return port.type === "Bool" ? numbers[0] !== 0 : shaped(numbers, port.type);
     }
 
     outputs() {
@@ -100,7 +103,7 @@ class Node {
     }
 
     bits(name) {
-        const { type, offset } = this.type.outputs.ports.find((known) => known.name === name);
+        const { type, offset } = this.#port("output", name);
         if (type === "String") return [];
         const { size, lanes } = valueTypes[type], each = size / lanes.length;
         const bytes = new Uint8Array(this.#exports.memory.buffer, this.#output + offset, size);
@@ -196,13 +199,7 @@ export async function load({ base = import.meta.url, kernels, graphs, catalogue,
     const state = {};
     const [instance, read] = await Promise.all([
         instantiate(kernels ?? file("nodus_kernels.wasm"), { nodus: { log: (at) => log(state.readToNul(at)) } }),
-        catalogue ?? json(file("nodusmath.json")),
+        catalogue ?? bytesOf(file("nodusmath.json")).then((bytes) => JSON.parse(new TextDecoder().decode(bytes))),
     ]);
     return new Nodus(instance, read, graphs ?? file("nodus_graphs.wasm"), state);
-}
-
-async function json(url) {
-    if (url.protocol !== "file:") return (await fetch(url)).json();
-    const { readFile } = await import("node:fs/promises");
-    return JSON.parse(await readFile(url, "utf8"));
 }

@@ -55,13 +55,22 @@ export function nodeTypesOf(family) {
     });
 }
 
+// The value of a type from the numbers of its lanes, and back.
+export function shaped(numbers, type) {
+    if (type === "TQS") return { t: numbers.slice(0, 4), q: numbers.slice(4, 8), s: numbers.slice(8) };
+    return numbers.length === 1 ? numbers[0] : numbers;
+}
+export const flat = (value) =>
+    [value].flatMap((part) =>
+        typeof part === "object" ? ("t" in part ? [part.t, part.q, part.s] : [...part]).flat() : [part]);
+
 function neutral(type) {
     if (type === "String") return "";
     const zeros = valueTypes[type].lanes.map(() => 0);
     if (type === "Quaternion") return [0, 0, 0, 1];
     if (type === "Matrix4x4") return zeros.map((_, i) => (i % 5 === 0 ? 1 : 0));
     if (type === "TQS") return { t: [0, 0, 0, 0], q: [0, 0, 0, 1], s: [1, 1, 1, 1] };
-    return zeros.length === 1 ? 0 : zeros;
+    return shaped(zeros, type);
 }
 
 // One number stands for all lanes.

@@ -8,16 +8,20 @@ export class NodusFault extends Error {
     }
 }
 
-export async function instantiate(source, imports) {
+// Of a file by its URL; bytes are what they are.
+export async function bytesOf(source) {
     if (source instanceof URL && source.protocol === "file:") {
         const { readFile } = await import("node:fs/promises");
-        source = await readFile(source);
-    } else if (source instanceof URL || typeof source === "string") {
-        const response = await fetch(source);
-        if (!response.ok) throw new Error(`${source}: ${response.status} ${response.statusText}`);
-        source = await response.arrayBuffer();
+        return readFile(source);
     }
-    const made = await WebAssembly.instantiate(source, {
+    if (!(source instanceof URL) && typeof source !== "string") return source;
+    const response = await fetch(source);
+    if (!response.ok) throw new Error(`${source}: ${response.status} ${response.statusText}`);
+    return response.arrayBuffer();
+}
+
+export async function instantiate(source, imports) {
+    const made = await WebAssembly.instantiate(await bytesOf(source), {
         env: { emscripten_notify_memory_growth() {} },
         wasi_snapshot_preview1: new Proxy({}, { get: () => () => 52 }),  // there is no such thing here
         ...imports });

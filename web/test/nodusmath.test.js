@@ -83,6 +83,8 @@ test("what is no value of a port is told", () => {
     ];
     for (const [name, inputs, line] of rows)
         assert.throws(() => nodus.call(name, inputs), new NodusFault([line]));
+    assert.throws(() => nodus.prepare("SinCos_Float").get("result"),
+        new NodusFault(["SinCos_Float has no output 'result'; it has sine, cosine"]));
 });
 
 test("examples give the bytes of the command", async () => {

@@ -32,6 +32,14 @@ export function beforePaint(work) {
   };
 }
 
+// Listens to keys: work(right, up) is called with steps of 1.
+export const arrowKeys = (work) => (event) => {
+  const step = { ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, 1], ArrowDown: [0, -1] }[event.key];
+  if (!step) return;
+  event.preventDefault();
+  work(...step);
+};
+
 // Follows a pointer from where it goes down: begin(event) says with what while it moves, or with that and with what in the
 // end; with nothing when the pointer is not for us.
 export function draggable(element, begin) {

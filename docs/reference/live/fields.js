@@ -1,16 +1,10 @@
 // Fields for the inputs of a node: numbers with sliders, dials for angles, colours, choices, texts.
 import { draggable, draw, make, newId } from './elements.js';
-import { formatNumber, isReal, parseNumber } from './numbers.js';
-import { valueTypes } from '../../../web/values.js';
+import { formatNumber, isReal, niceNumber, parseNumber } from './numbers.js';
+import { flat, shaped, valueTypes } from '../../../web/values.js';
 
 const TURN = 2 * Math.PI;
 const unitInterval = ['t', 'amount', 'tolerance'];
-
-// The least of 1, 2 and 5 times a power of ten that is not below the value.
-export function rounded(value) {
-  const decade = 10 ** Math.floor(Math.log10(value));
-  return [1, 2, 5, 10].map((factor) => factor * decade).find((each) => each >= value * (1 - 1e-9));
-}
 
 // Where the slider of a port begins and ends.
 function rangeOf(port, numbers, suggested) {
@@ -22,7 +16,7 @@ function rangeOf(port, numbers, suggested) {
   if (unitInterval.includes(port.name)) return [0, 1];
   if (suggested) return suggested;
   const reach = Math.max(...numbers.map(Math.abs).filter(Number.isFinite), 0);
-  const end = Math.min(rounded(Math.max(2 * reach, isReal(port.type) ? 2 : 20)), 1e6);
+  const end = Math.min(niceNumber(Math.max(2 * reach, isReal(port.type) ? 2 : 20)), 1e6);
   return [-end, end];
 }
 
@@ -121,16 +115,6 @@ class Dial extends Lane {
       `rotate(${Number.isFinite(this.number) ? (-this.number * 360) / TURN : 0} 20 20)`,
     );
   }
-}
-
-// The numbers of a value, one behind the other, and back.
-export const flat = (value) =>
-  [value].flatMap((part) =>
-    typeof part === 'object' ? ('t' in part ? [part.t, part.q, part.s] : [...part]).flat() : [part],
-  );
-export function shaped(numbers, type) {
-  if (type === 'TQS') return { t: numbers.slice(0, 4), q: numbers.slice(4, 8), s: numbers.slice(8) };
-  return valueTypes[type].lanes.length === 1 ? numbers[0] : numbers;
 }
 
 // The parts of a transform have their letters in front.
@@ -256,4 +240,3 @@ export const colourOf = (lanes) =>
         .padStart(2, '0'),
     )
     .join('');
-export { Dial, Lane };

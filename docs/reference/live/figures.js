@@ -1,9 +1,8 @@
 // The pictures of a node, alive: curves, histograms and fields that follow its inputs and can be dragged.
 import { draggable, draw, make, beforePaint } from './elements.js';
-import { flat } from './fields.js';
 import { Network } from './network.js';
 import { Axis, Plot, field, frame, pathOf } from './plot.js';
-import { valueTypes } from '../../../web/values.js';
+import { flat, valueTypes } from '../../../web/values.js';
 
 const SAMPLES = 480,
   HALVINGS = 14;
@@ -74,7 +73,6 @@ class Curves {
     return pathOf(points, this.plot.steps ? 0.1 : Infinity);
   }
   lines() {
-    if (!this.handles) return [];
     const { panel, plot, view } = this,
       { column } = this.own;
     const lines = plot.curves.map((_, i) => draw('path', { class: 'c' + (i + 1), d: this.line(this.kept, i) }));
@@ -118,6 +116,7 @@ class Histogram {
     this.count();
     const most = Math.max(...this.bars(new Axis(plot.x)));
     this.view = new Plot(new Axis(plot.x), new Axis([0, most * 1.1]), plot.caption, (view) => this.drawn(view), '%');
+    this.view.show();
     figure.querySelector('svg').replaceWith(this.view.element);
     this.caption = figure.querySelector('figcaption').firstChild;
     figure.querySelector('figcaption').append(this.view.controls);

@@ -1,8 +1,14 @@
-// A graph in a link: its text, deflated, in the letters that a fragment may have.
+// Deflated bytes in letters: what the page carries, and a graph in a link, in those that a fragment may have.
 
 async function through(bytes, stream) {
   const result = new Blob([bytes]).stream().pipeThrough(stream);
   return new Uint8Array(await new Response(result).arrayBuffer());
+}
+
+// Of bytes in base64.
+export function inflated(base64) {
+  const bytes = Uint8Array.from(atob(base64), (letter) => letter.charCodeAt(0));
+  return through(bytes, new DecompressionStream('deflate-raw'));
 }
 
 export async function packed(value) {
@@ -13,10 +19,6 @@ export async function packed(value) {
 
 // Throws when the text is none of ours.
 export async function unpacked(text) {
-  const letters = atob(text.replaceAll('-', '+').replaceAll('_', '/'));
-  const bytes = await through(
-    Uint8Array.from(letters, (letter) => letter.charCodeAt(0)),
-    new DecompressionStream('deflate-raw'),
-  );
+  const bytes = await inflated(text.replaceAll('-', '+').replaceAll('_', '/'));
   return JSON.parse(new TextDecoder().decode(bytes));
 }

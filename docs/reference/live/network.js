@@ -1,7 +1,6 @@
 // The nodes of a picture, connected: what they give for an x, or for a pixel.
 import { adapted } from './panel.js';
-import { flat } from './fields.js';
-import { valueTypes } from '../../../web/values.js';
+import { flat, valueTypes } from '../../../web/values.js';
 
 const isSource = (value) =>
   typeof value === 'object' && !Array.isArray(value) && ['column', 'pixel', 'from'].some((key) => key in value);
@@ -16,11 +15,15 @@ export class Network {
       const node = nodus.prepare(type),
         feeds = [];
       for (const port of node.type.inputs.ports) {
-        const value = inputs[port.name];
-        if (isFed(value)) feeds.push([port, value]);
-        else if (value !== undefined) node.set(port.name, adapted(value, port.type));
-        if (isFed(value) && value.column && node.type.family === family) this.column ??= port.name;
-        if (!isFed(value) && node.type.family === family) this.constants.push([node, port]);
+        const value = inputs[port.name],
+          isOfFamily = node.type.family === family;
+        if (isFed(value)) {
+          feeds.push([port, value]);
+          if (value.column && isOfFamily) this.column ??= port.name;
+        } else {
+          if (value !== undefined) node.set(port.name, adapted(value, port.type));
+          if (isOfFamily) this.constants.push([node, port]);
+        }
       }
       this.steps.set(name, { node, feeds, family: node.type.family });
     }

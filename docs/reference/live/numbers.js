@@ -4,6 +4,12 @@ const words = { nan: NaN, inf: Infinity, infinity: Infinity };
 
 export const isReal = (type) => !['Bool', 'UInt8', 'Int32', 'UInt32', 'String'].includes(type);
 
+// The least of 1, 2 and 5 times a power of ten that is not below the value.
+export function niceNumber(value) {
+  const decade = 10 ** Math.floor(Math.log10(value));
+  return [1, 2, 5, 10].map((factor) => factor * decade).find((each) => each >= value * (1 - 1e-9));
+}
+
 // Of the bits that 0x begins, most significant first.
 function ofBits(digits, isDouble) {
   const view = new DataView(new ArrayBuffer(8));

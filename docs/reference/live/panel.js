@@ -1,9 +1,9 @@
 // A node that is alive: a field for each input, and beside them what its kernel gives.
 import { make, beforePaint } from './elements.js';
-import { Field, colourOf, flat, inParts, shaped } from './fields.js';
+import { Field, colourOf, inParts } from './fields.js';
 import { formatNumber } from './numbers.js';
 import { RotationView } from './rotation_view.js';
-import { standard, valueTypes } from '../../../web/values.js';
+import { flat, shaped, standard, valueTypes } from '../../../web/values.js';
 
 const isValue = (value) => typeof value !== 'object' || Array.isArray(value) || 't' in value;
 const isNumbers = (value) => isValue(value) && flat(value).every((lane) => ['number', 'boolean'].includes(typeof lane));

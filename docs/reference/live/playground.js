@@ -10,7 +10,9 @@ import { curvesOf, rowsOf, tableOf } from './results.js';
 // While a person writes, and until it is worth saying that it takes time.
 const PAUSE = 250,
   PATIENCE = 200;
-const GRAPH = 'graph.json';
+const GRAPH = 'graph.json',
+  SIZE = '512x512',
+  MAP = '0:1';
 
 // How each example is evaluated, in the words of what comes with them.
 function runsOf(files) {
@@ -18,7 +20,7 @@ function runsOf(files) {
   for (const [, name, words] of (files['README.md'] ?? '').matchAll(/eval \S*?([\w.]+\.json)([^`\n]*)/g)) {
     const option = (pattern) => words.match(pattern)?.[1];
     if (!files[name] || found.has(name)) continue;
-    const [width, height] = (option(/--size (\d+x\d+)/) ?? '512x512').split('x').map(Number);
+    const [width, height] = (option(/--size (\d+x\d+)/) ?? SIZE).split('x').map(Number);
     found.set(name, {
       frames: option(/--frames (\S+)/) ?? '',
       table: option(/--data \S*?([\w.]+\.csv)/),
@@ -34,7 +36,7 @@ const reads = (text, kind) => new RegExp(`\\{\\s*"${kind}"\\s*:`).test(text);
 
 export class Playground {
   constructor(place, catalogue, copy) {
-    Object.assign(this, { place, copy, evaluation: new Evaluation(catalogue), view: 'curves' });
+    Object.assign(this, { place, copy, evaluation: new Evaluation(catalogue), view: 'curves', name: GRAPH });
     this.editor = new Editor('Graph', () => this.soon());
     const button = (text, work, attributes = {}) =>
       make('button', { type: 'button', onclick: work, ...attributes }, text);
@@ -51,28 +53,18 @@ export class Playground {
       'aria-label': 'Graph or table',
       onchange: () => this.take([...this.file.files]),
     });
-    this.frames = make('input', {
-      type: 'text',
-      id: 'frames',
-      placeholder: '0:48',
-      autocomplete: 'off',
-      spellcheck: 'false',
-      oninput: () => this.soon(),
-    });
-    this.map = make('input', {
-      type: 'text',
-      id: 'map',
-      value: '0:1',
-      autocomplete: 'off',
-      oninput: () => this.soon(),
-    });
-    this.size = make('input', {
-      type: 'text',
-      id: 'size',
-      value: '512x512',
-      autocomplete: 'off',
-      oninput: () => this.soon(),
-    });
+    const option = (id, attributes) =>
+      make('input', {
+        type: 'text',
+        id,
+        autocomplete: 'off',
+        spellcheck: 'false',
+        oninput: () => this.soon(),
+        ...attributes,
+      });
+    this.frames = option('frames', { placeholder: '0:48' });
+    this.map = option('map', { value: MAP });
+    this.size = option('size', { value: SIZE });
     this.table = make('span', { class: 'chip', hidden: true });
     this.pictureOptions = make(
       'span',
@@ -179,7 +171,7 @@ export class Playground {
     const { frames, table, width, height } = this.examples.get(name);
     this.data = table ? { name: table, text: this.files[table] } : null;
     this.size.value = `${width}x${height}`;
-    this.map.value = '0:1';
+    this.map.value = MAP;
     this.show(this.files[name], { name, frames, keepsTable: true });
     this.changed();
   }
@@ -206,8 +198,8 @@ export class Playground {
       if (typeof graph !== 'string') throw new Error();
       this.show(graph, { frames: String(frames) });
       if (table) this.data = { name: String(table.name), text: String(table.text) };
-      this.size.value = String(size ?? '512x512');
-      this.map.value = String(map ?? '0:1');
+      this.size.value = String(size ?? SIZE);
+      this.map.value = String(map ?? MAP);
       this.changed();
     } catch {
       this.tell(['this link holds no graph: it was cut, or changed on its way']);
@@ -249,9 +241,9 @@ export class Playground {
   command() {
     const quoted = (word) => (/^[\w.:/-]+$/.test(word) ? word : `'${word.replaceAll("'", "'\\''")}'`);
     const frames = this.frames.value.trim(),
-      words = ['nodus', 'eval', this.name ?? GRAPH];
+      words = ['nodus', 'eval', this.name];
     if (this.isPicture) words.push('--image', 'picture.png', '--size', this.size.value.trim());
-    if (this.isPicture && this.map.value.trim() !== '0:1') words.push('--map', this.map.value.trim());
+    if (this.isPicture && this.map.value.trim() !== MAP) words.push('--map', this.map.value.trim());
     if (!this.isPicture && this.data) words.push('--data', this.data.name);
     if (frames !== '') words.push('--frames', frames);
     return words.map(quoted).join(' ');
@@ -268,8 +260,8 @@ export class Playground {
 
   async evaluate() {
     this.place.setAttribute('aria-busy', 'true');
-    const text = this.editor.text,
-      name = this.name ?? GRAPH;
+    const { name } = this,
+      { text } = this.editor;
     if (text.trim() === '') {
       this.evaluation.stop();
       this.tell([]);
@@ -290,14 +282,14 @@ export class Playground {
       if (answer.done) this.came(work, answer.done, answer.time);
       this.tell(answer.faults ?? []);
     } catch (fault) {
-      this.tell(fault.lines ?? [fault.message]);
+      this.tell([fault.message]);
     } finally {
       clearTimeout(slow);
     }
   }
   paintOptions(name) {
     const told = (line) => {
-      throw Object.assign(new Error(line), { lines: [line] });
+      throw new Error(line);
     };
     const size = this.size.value.match(/^\s*(\d+)x(\d+)\s*$/),
       map = this.map.value.split(':').map(Number);
@@ -326,7 +318,7 @@ export class Playground {
   tell(lines) {
     this.stop.hidden = true;
     this.place.setAttribute('aria-busy', 'false');
-    const own = (this.name ?? GRAPH).replace(/[^\w]/g, '\\$&');
+    const own = this.name.replace(/[^\w]/g, '\\$&');
     const at = lines.map((line) => Number(line.match(new RegExp(`^${own}:(\\d+)`))?.[1] ?? 0));
     this.editor.mark(at.filter(Boolean));
     this.faults.replaceChildren(

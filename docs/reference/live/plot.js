@@ -1,5 +1,6 @@
 // Drawing curves on axes that can be moved: in the units and with the marks of the page's other pictures.
-import { draggable, draw, make } from './elements.js';
+import { arrowKeys, draggable, draw, make } from './elements.js';
+import { niceNumber } from './numbers.js';
 
 export const frame = { width: 420, height: 230, left: 46, right: 12, top: 10, bottom: 28 };
 export const field = { width: frame.width - frame.left - frame.right, height: frame.height - frame.top - frame.bottom };
@@ -11,14 +12,9 @@ export class Axis {
   fraction(value) {
     return (value - this.from) / (this.to - this.from);
   }
-  // 1, 2 or 5 times a power of ten, at most so many marks.
-  step(most) {
-    const least = (this.to - this.from) / most,
-      decade = 10 ** Math.floor(Math.log10(least));
-    return [1, 2, 5, 10].map((factor) => factor * decade).find((step) => step >= least);
-  }
+  // At most so many, and one more at an end.
   marks(most) {
-    const step = this.step(most),
+    const step = niceNumber((this.to - this.from) / most),
       marks = [];
     for (let i = Math.ceil(this.from / step - 1e-9); i * step <= this.to + step * 1e-9; ++i) marks.push(i * step);
     return marks;
@@ -90,25 +86,18 @@ export class Plot {
         );
     });
     const button = (text, label, work) => make('button', { type: 'button', 'aria-label': label, onclick: work }, text);
-    const moves = { ArrowLeft: [-0.1, 0], ArrowRight: [0.1, 0], ArrowUp: [0, 0.1], ArrowDown: [0, -0.1] };
     this.controls = make(
       'span',
       {
         class: 'zoom',
         role: 'group',
         'aria-label': 'View of the picture',
-        onkeydown: (event) => {
-          const [dx, dy] = moves[event.key] ?? [];
-          if (dx === undefined) return;
-          event.preventDefault();
-          this.move(this.x.moved(dx), this.y.moved(dy));
-        },
+        onkeydown: arrowKeys((right, up) => this.move(this.x.moved(0.1 * right), this.y.moved(0.1 * up))),
       },
       button('+', 'Nearer; arrow keys move', () => this.move(this.x.scaled(0.5), this.y.scaled(0.5))),
       button('\u2212', 'Farther; arrow keys move', () => this.move(this.x.scaled(2), this.y.scaled(2))),
       button('\u21ba', 'As it was', () => this.move(...this.start)),
     );
-    this.show();
   }
   // Units of the drawing for a pixel of the screen.
   scale() {

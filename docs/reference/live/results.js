@@ -67,6 +67,7 @@ export function curvesOf([names, ...all], chosen, choose) {
         return [draw('path', { class: 'c' + ((i % 5) + 1), d: pathOf(points) })];
       }),
   );
+  plot.show();
   const legend = make(
     'ul',
     { class: 'legend' },

@@ -1,5 +1,5 @@
 // A rotation to look at: the axes of the world, and the turned ones. Dragging or the arrow keys turn the view.
-import { draggable, draw } from './elements.js';
+import { arrowKeys, draggable, draw } from './elements.js';
 
 const size = 160,
   reach = 56;
@@ -24,7 +24,7 @@ export class RotationView {
         tabindex: 0,
         class: 'rotation',
         'aria-roledescription': 'view of a rotation',
-        onkeydown: (event) => this.key(event),
+        onkeydown: arrowKeys((right, up) => this.look(this.around - 0.1 * right, this.above + 0.1 * up)),
       },
       this.picture,
     );
@@ -34,13 +34,6 @@ export class RotationView {
         this.look(around - (clientX - event.clientX) / 80, above + (clientY - event.clientY) / 80);
     });
     this.show([0, 0, 0, 1]);
-  }
-  key(event) {
-    const [dx, dy] =
-      { ArrowLeft: [0.1, 0], ArrowRight: [-0.1, 0], ArrowUp: [0, 0.1], ArrowDown: [0, -0.1] }[event.key] ?? [];
-    if (dx === undefined) return;
-    event.preventDefault();
-    this.look(this.around + dx, this.above + dy);
   }
   look(around, above) {
     [this.around, this.above] = [around, Math.min(1.5, Math.max(-1.5, above))];

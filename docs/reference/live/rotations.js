@@ -1,8 +1,9 @@
 // One rotation in every form: quaternion, axis and angle, angles in every order. Editing one changes the others.
 import { make, beforePaint } from './elements.js';
-import { Field, flat } from './fields.js';
+import { Field } from './fields.js';
 import { formatNumber } from './numbers.js';
 import { RotationView } from './rotation_view.js';
+import { flat } from '../../../web/values.js';
 
 const wanted = [
   'EulerToQuaternion',
@@ -40,13 +41,13 @@ export class Rotations {
         field: field({ name, type: 'Float3', unit: 'rad' }, [0, 0, 0], value),
       }));
     this.matrix = make('output', { class: 'grid' });
-    this.normal = make(
+    const identity = make(
       'button',
       { type: 'button', class: 'toggle', onclick: () => this.take([0, 0, 0, 1]) },
       'Identity',
     );
     place.replaceChildren(
-      make('div', { class: 'bar' }, make('h3', {}, 'One rotation, every form'), this.normal),
+      make('div', { class: 'bar' }, make('h3', {}, 'One rotation, every form'), identity),
       make(
         'p',
         {},
@@ -67,9 +68,9 @@ export class Rotations {
       ),
       make('div', { class: 'orders' }, ...this.orders.map(({ field: { element } }) => element)),
     );
-    this.rotation = [0.2, 0.4, 0.1, 0.889];
-    const length = Math.hypot(...this.rotation);
-    this.take(this.rotation.map((lane) => lane / length));
+    const first = [0.2, 0.4, 0.1, 0.889],
+      length = Math.hypot(...first);
+    this.take(first.map((lane) => lane / length));
   }
   run(name, inputs) {
     const node = this.nodes[name];
