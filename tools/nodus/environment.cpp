@@ -8,7 +8,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 
 namespace nodus::tools {
 
@@ -22,7 +21,7 @@ constexpr std::string_view kOurs = "libnodusmath.so";
 // nothing, and what was tried.
 std::optional<std::string> moduleBesideCommand(std::string& tried)
 {
-    fs::path const bin = fs::read_symlink("/proc/self/exe").parent_path();
+    fs::path const bin = folderOfCommand();
     for (char const* const folder : {"../lib", NODUS_LIBRARIES "/nodus/modules"}) {
         fs::path const path = (bin / folder / kOurs).lexically_normal();
         if (fs::exists(path))
@@ -87,6 +86,8 @@ void addSettings(CLI::App& command, std::vector<std::string>& settings)
         ->take_all()
         ->allow_extra_args(false);
 }
+
+fs::path folderOfCommand() { return fs::read_symlink("/proc/self/exe").parent_path(); }
 
 void print(std::string_view text)
 {

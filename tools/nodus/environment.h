@@ -7,6 +7,7 @@
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/module.h"
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -41,6 +42,9 @@ void addSettings(CLI::App& command, std::vector<std::string>& settings);
 
 // What a graph is given, parameters and columns, and what it gives.
 std::string describeGraph(std::string const& path, host::Catalogue const& catalogue);
+
+// The folder of this command, from which its installation or its build tree is found.
+std::filesystem::path folderOfCommand();
 
 // Writes to standard output. Throws host::Fault when nobody can take it, host::ClosedPipe when
 // nobody wants it.

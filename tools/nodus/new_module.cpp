@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <filesystem>
 
 namespace nodus::tools {
 
@@ -60,8 +59,8 @@ std::string named(std::string const& text, std::string const& name)
 int writeProject(std::string const& name)
 {
     checkName(name);
-    fs::path const bin = fs::read_symlink("/proc/self/exe").parent_path();
-    fs::path const templates = (bin / NODUS_DATA "/nodus/new_module").lexically_normal();
+    fs::path const templates =
+        (folderOfCommand() / NODUS_DATA "/nodus/new_module").lexically_normal();
     if (!fs::is_directory(templates))
         throw host::Fault("the templates of a module are not installed: there is no folder " +
                           templates.string());
