@@ -27,7 +27,7 @@ struct Operand {
 
     // Of texts or arrays made for the purpose: one value behind the other.
     void laySideBySide(std::span<npy_intp const> extents, npy_intp size);
-    // Where an array has values of the type, which it lies well for.
+    // Where an array has its values; its last axes are a value's own.
     static Operand in(pybind11::object array, ArrayType const& type);
 };
 
