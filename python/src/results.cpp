@@ -2,8 +2,7 @@
 #include "results.h"
 
 #include <algorithm>
-#include <functional>
-#include <numeric>
+#include <cstdint>
 
 namespace nodus::python {
 
@@ -50,6 +49,26 @@ py::object textsOf(Operand const& result)
     return array.attr("reshape")(shape);
 }
 
+// From the first byte of any element to behind the last.
+std::pair<std::intptr_t, std::intptr_t> boundsOf(PyArrayObject* array)
+{
+    auto low = reinterpret_cast<std::intptr_t>(PyArray_DATA(array));
+    std::intptr_t high = low + PyArray_ITEMSIZE(array);
+    for (int i = 0; i < PyArray_NDIM(array); ++i) {
+        std::intptr_t const reach = (PyArray_DIM(array, i) - 1) * PyArray_STRIDE(array, i);
+        (reach < 0 ? low : high) += reach;
+    }
+    return {low, high};
+}
+
+// Arrays that lie between each other's elements count as sharing it.
+bool mayShareMemory(PyArrayObject* a, PyArrayObject* b)
+{
+    auto const [lowA, highA] = boundsOf(a);
+    auto const [lowB, highB] = boundsOf(b);
+    return lowA < highB && lowB < highA;
+}
+
 }  // namespace
 
 Result::Result(host::NodeType const& type, host::Port const& port, py::object out)
@@ -94,14 +113,13 @@ void Result::fail(std::string const& why, PyObject* error) const
 Operand& Result::prepare(Shape const& shape, std::vector<py::object>& inUse)
 {
     if (m_out) {
-        auto const sharesMemory = py::module_::import("numpy").attr("may_share_memory");
         ArrayType const& type = arrayType(m_port->type->id);
         // What a kernel leaves alone is 0, whatever the caller's array had; and rows that are
         // written may not be inputs of others.
         m_isDirect = type.element != NPY_OBJECT && !m_type->family->mayKeepOutputs &&
                      type.liesWell(asArray(m_out)) &&
                      std::ranges::none_of(inUse, [&](py::object const& other) {
-                         return py::cast<bool>(sharesMemory(m_out, other));
+                         return mayShareMemory(asArray(m_out), asArray(other));
                      });
         inUse.push_back(m_out);
     }
