@@ -26,7 +26,9 @@ std::size_t characterLength(std::string_view text)
     bool const isWrong = (first == 0xC2 && second < 0xA0) || (first == 0xE0 && second < 0xA0) ||
                          (first == 0xED && second > 0x9F) || (first == 0xF0 && second < 0x90) ||
                          (first == 0xF4 && second > 0x8F);
-    return isWrong ? 0 : length;
+    // U+FFFE and U+FFFF are no characters, and XML takes neither.
+    bool const isNone = first == 0xEF && second == 0xBF && at(2) > 0xBD;
+    return isWrong || isNone ? 0 : length;
 }
 
 // The place, or the one before it at which a character begins: no cut goes through a character.
