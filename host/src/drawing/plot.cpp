@@ -126,32 +126,70 @@ std::vector<Axes> sorted(std::vector<PlotCurve> const& curves)
     return all;
 }
 
-// The end of a name that is too long for its place; the whole of it is seen when pointed at.
-std::string shortEnough(std::string const& name)
+// In letters of the width of most; those of three bytes and more are as wide as two.
+std::size_t widthOf(char byte)
 {
-    constexpr std::size_t kLongest = 18;
-    if (name.size() <= kLongest)
+    auto const first = static_cast<unsigned char>(byte);
+    return (first & 0xC0u) == 0x80u ? 0 : first < 0xE0u ? 1 : 2;
+}
+
+std::size_t widthOf(std::string_view name)
+{
+    std::size_t width = 0;
+    for (char const byte : name)
+        width += widthOf(byte);
+    return width;
+}
+
+// The end of a name that is too long for its place; the whole of it is seen when pointed at.
+std::string shortEnough(std::string const& name, std::size_t most)
+{
+    std::size_t width = widthOf(name);
+    if (width <= most)
         return name;
-    std::size_t begin = name.size() - kLongest + 1;
-    while (begin < name.size() && (static_cast<unsigned char>(name[begin]) & 0xC0u) == 0x80u)
-        ++begin;  // not within a letter
+    std::size_t begin = 0;
+    for (; width >= most || widthOf(name[begin]) == 0; ++begin)
+        width -= widthOf(name[begin]);
     return "…" + name.substr(begin);
 }
 
-std::string legend(Axes const& axes, double top)
-{
-    std::string text;
-    double x = kField.left;
-    double const width = kField.width / kMostCurves;
-    for (std::size_t i = 0; i < axes.curves.size(); ++i, x += width) {
-        std::string const name = printable(axes.curves[i]->name);
-        text += fmt::format("<path class=\"c{}\" d=\"M{:.1f} {:.1f}h26\"/><text x=\"{:.1f}\" "
-                            "y=\"{:.1f}\">{}<title>{}</title></text>",
-                            i + 1, x, top, x + 32, top + 4, markupText(shortEnough(name)),
-                            markupText(name));
+// As many names in a row as there is room for.
+struct Legend {
+    explicit Legend(Axes const& axes)
+    {
+        for (PlotCurve const* const curve : axes.curves) {
+            names.push_back(printable(curve->name));
+            if (widthOf(names.back()) > kLetters / kMostCurves - kLineLetters)
+                inRow = 3;
+        }
     }
-    return text;
-}
+    double height() const
+    {
+        return kLegendHeight + kRowHeight * static_cast<double>((names.size() - 1) / inRow);
+    }
+
+    std::string drawn(double top) const
+    {
+        std::string text;
+        double const width = kField.width / static_cast<double>(inRow);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            double const x = kField.left + width * static_cast<double>(i % inRow);
+            double const y = top + kRowHeight * static_cast<double>(i / inRow);
+            text += fmt::format("<path class=\"c{}\" d=\"M{:.1f} {:.1f}h26\"/><text x=\"{:.1f}\" "
+                                "y=\"{:.1f}\">{}<title>{}</title></text>",
+                                i + 1, x, y, x + 32, y + 4,
+                                markupText(shortEnough(names[i], kLetters / inRow - kLineLetters)),
+                                markupText(names[i]));
+        }
+        return text;
+    }
+
+    // Across the field, and those that the line in front of a name takes.
+    static constexpr std::size_t kLetters = 100, kLineLetters = 5;
+    static constexpr double kRowHeight = 18;
+    std::size_t inRow = kMostCurves;
+    std::vector<std::string> names;
+};
 
 std::string drawn(Axes const& axes, std::vector<std::int32_t> const& frames, Axis const& x)
 {
@@ -181,14 +219,14 @@ std::string drawPlot(std::string_view title, std::vector<std::int32_t> const& fr
     bool const isOne = frames.size() < 2;
     double const first = frames.empty() ? 0 : frames.front();
     Axis const x{isOne ? first - 1 : first, isOne ? first + 1 : frames.back()};
-    double const each = kField.wholeHeight() + kLegendHeight;
     std::string content;
     double top = kTitleHeight;
     for (Axes const& axes : all) {
         content += fmt::format("<svg y=\"{}\" width=\"{}\" height=\"{}\">{}</svg>", top,
                                kField.wholeWidth(), kField.wholeHeight(), drawn(axes, frames, x));
-        content += legend(axes, top + kField.wholeHeight() + kLegendHeight / 3);
-        top += each;
+        Legend const legend(axes);
+        content += legend.drawn(top + kField.wholeHeight() + kLegendHeight / 3);
+        top += kField.wholeHeight() + legend.height();
     }
     return fmt::format(
         "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"{0}\" height=\"{1}\" "
