@@ -66,7 +66,7 @@ debian_package(tools nodus-tools utils
     "command line for node graphs"
     "The command nodus lists, describes and calls node kernels and evaluates graph"
     "files over frames; with its manual page, shell completion and sample graphs.")
-set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS graphviz)  # draws for nodus show
+set(CPACK_DEBIAN_TOOLS_PACKAGE_RECOMMENDS "graphviz, librsvg2-bin")  # draw for nodus show and plot
 if(TARGET nodus)
   set(CPACK_DEBIAN_DEVEL_PACKAGE_RECOMMENDS nodus-tools)  # begins and tests modules of one's own
 endif()

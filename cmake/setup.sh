@@ -8,9 +8,9 @@ set -eu
 run="g++ cmake ninja-build nlohmann-json3-dev libcli11-dev libfmt-dev libtbb-dev libdeflate-dev zlib1g-dev
     libzip-dev"
 test="$run googletest libgmp-dev musl-dev qemu-user clang clang-format clang-tidy
-    libclang-rt-14-dev binutils valgrind pkg-config dpkg-dev file lintian doxygen graphviz zsh man-db
-    parallel openmpi-bin python3 python3-numpy python3-pil python3-selenium chromium chromium-driver
-    pybind11-dev python3-dev python3-pytest python3-hypothesis python3-pandas python3-matplotlib
+    libclang-rt-14-dev binutils valgrind pkg-config dpkg-dev file lintian doxygen graphviz librsvg2-bin
+    zsh man-db parallel openmpi-bin python3 python3-numpy python3-pil python3-selenium chromium
+    chromium-driver pybind11-dev python3-dev python3-pytest python3-hypothesis python3-pandas python3-matplotlib
     python3-scipy python3-tqdm python3-dask python3-distributed mypy python3-jsonschema"
 benchmark="$run valgrind python3 python3-matplotlib time
     pybind11-dev python3-dev python3-numpy python3-numexpr python3-scipy python3-pandas

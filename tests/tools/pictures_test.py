@@ -65,5 +65,19 @@ class Pictures(CommandTest):
         samples = {name: struct.unpack('<f', data[-4:])[0] for name, data in self.files().items() if name != 'f.json'}
         self.assertEqual(samples, {'p-01.pfm': -1, 'p010.pfm': 10})
 
+    def test_plots_are_drawings_in_pixels(self):
+        graph = self.write('g.json', """{"description": "MMMM", "outputs": ["n"],
+            "nodes": {"n": {"type": "Mul_Float", "inputs": {"a": "=frame", "b": 2}}}}""")
+        path = self.folder / 'p.png'
+        ran = nodus('plot', graph, '--frames', '0:10', '-o', path)
+        self.assertEqual((ran.status, ran.error), (0, ''))
+        # Two pixels for each unit: field, title and legend.
+        with Image.open(path) as image:
+            self.assertEqual(image.size, (1640, 580))
+            middle = image.convert('RGB').crop((850, 180, 890, 380))
+            title = image.convert('L').crop((140, 20, 240, 48))
+        self.assertIn((29, 92, 184), [colour for _, colour in middle.getcolors(9999)])
+        self.assertIn(min(title.getdata()), range(64), 'text wants a font')
+
 
 unittest.main(verbosity=0)

@@ -67,6 +67,7 @@ class Show(CommandTest):
         for words, options, told in [
             (['show', graph, '-o', out], with_path('/nowhere'), 'install the package graphviz'),
             (['show', graph, '-o', out], with_path(self.folder), 'could not draw the graph: so sad'),
+            (['plot', graph, '-o', self.folder / 'x.png'], with_path('/nowhere'), 'install the package librsvg2-bin'),
             (['show', graph, '-o', self.folder / 'x.jpg'], {}, '.svg, .png, .pdf or .dot'),
             (['show', graph], {'stdout': screen}, 'a terminal shows no pictures'),
             (['eval', clouds, '--image', '-'], {'stdout': screen}, 'a terminal shows no pict'),

@@ -68,15 +68,21 @@ std::optional<FramePath> framePathOf(std::string const& path)
     return found;
 }
 
-// files: gets those that the graph has as nodes.
-void evaluateImage(EvalOptions const& options, Shared const& shared,
-                   std::vector<std::string>& files)
+// The options of pictures that want no graph.
+struct ImageWishes {
+    host::ImageOptions image;
+    std::optional<FramePath> path;
+    host::FrameRange frames;
+};
+
+ImageWishes imageWishesOf(EvalOptions const& options, host::Diagnostics& diagnostics)
 {
-    Environment const environment(shared);
-    host::Diagnostics diagnostics;
-    host::ImageOptions image{{512, 512}, {}, 0, threadsOf(options)};
+    ImageWishes wishes{{{512, 512}, {}, 0, threadsOf(options)}, framePathOf(options.image), {}};
+    host::ImageOptions& image = wishes.image;
     image.depth = static_cast<std::size_t>(options.depth);
     diagnostics.gather([&] {
+        if (options.watch && host::isStandardStream(options.image))
+            throw host::Fault("--watch wants a file for the picture: name one with --image");
         if (pictureFormat(options.image, {"png", "pfm"}) != "pfm")
             return;
         image.format = host::ImageFormat::pfm;
@@ -92,16 +98,24 @@ void evaluateImage(EvalOptions const& options, Shared const& shared,
         if (!options.map.empty())
             image.map = host::parseValueRange(options.map);
     });
-    auto const framePath = framePathOf(options.image);
-    host::FrameRange frames;
     diagnostics.gather([&] {
         if (options.frames.empty())
             return;
-        frames = host::parseFrames(options.frames);
-        if (frames.count() != 1 && !framePath)
+        wishes.frames = host::parseFrames(options.frames);
+        if (wishes.frames.count() != 1 && !wishes.path)
             throw host::Fault("--image wants one frame, not " + options.frames +
                               ", or a name for each: frame_%04d.png");
     });
+    return wishes;
+}
+
+// files: gets those that the graph has as nodes.
+void evaluateImage(EvalOptions const& options, Shared const& shared,
+                   std::vector<std::string>& files)
+{
+    Environment const environment(shared);
+    host::Diagnostics diagnostics;
+    auto [image, path, frames] = imageWishesOf(options, diagnostics);
     host::GraphSurroundings surroundings{"", nullptr, true};
     surroundings.settings = options.settings;
     surroundings.filesRead = &files;
@@ -113,7 +127,7 @@ void evaluateImage(EvalOptions const& options, Shared const& shared,
     host::Plan const plan = options.oneByOne ? host::compile(graph) : host::compileRows(graph);
     for (std::uint64_t i = 0; i < frames.count(); ++i) {
         image.frame = frames.at(i);
-        auto file = host::OutputFile::open(framePath ? framePath->of(image.frame) : options.image);
+        auto file = host::OutputFile::open(path ? path->of(image.frame) : options.image);
         host::renderImage(plan, image, file);
         file.commit();
     }
@@ -122,21 +136,40 @@ void evaluateImage(EvalOptions const& options, Shared const& shared,
 // On standard error, behind the log.
 void tell(host::Summary const& summary, EvalOptions const& options, host::Graph graph)
 {
-    std::string text = options.summary ? summary.text() : "";
-    if (auto const& nan = summary.firstNan()) {
-        std::string const output = graph.outputs[nan->output].name;
-        std::string const node = host::whereNanCameUp(std::move(graph), *nan, options.data);
-        text += fmt::format("note: NaN in {} of {} frames, first in frame {}, '{}'{}\n",
-                            summary.framesWithNan(), summary.frames(), nan->frame,
-                            host::printable(output),
-                            node.empty() ? "" : "; it came up in node " + host::inQuotes(node));
+    if (options.summary) {
+        auto messages = host::OutputFile::onDescriptor(STDERR_FILENO, "standard error");
+        messages.outliveReader();
+        messages.write(summary.text());
+        messages.commit();
     }
-    if (text.empty())
-        return;
-    auto messages = host::OutputFile::onDescriptor(STDERR_FILENO, "standard error");
-    messages.outliveReader();
-    messages.write(text);
-    messages.commit();
+    if (std::string const note = host::noteOfNan(summary, std::move(graph), options.data);
+        !note.empty())
+        tellOnStandardError(note);
+}
+
+// The options of results that want neither graph nor table.
+struct Wishes {
+    std::optional<host::FrameRange> frames;
+    std::optional<host::Shard> shard;
+    host::ResultFormat format{};
+};
+
+Wishes wishesOf(EvalOptions const& options, host::Diagnostics& diagnostics)
+{
+    Wishes wishes;
+    diagnostics.gather([&] {
+        if (!options.frames.empty())
+            wishes.frames = host::parseFrames(options.frames);
+    });
+    diagnostics.gather([&] {
+        if (!options.shard.empty())
+            wishes.shard = host::parseShard(options.shard);
+    });
+    diagnostics.gather([&] { wishes.format = host::resultFormatOf(options.out); });
+    if (!options.log.empty() && isSameFile(options.out, options.log))
+        diagnostics.add("--out and --log want two files, not both " +
+                        (host::isStandardStream(options.out) ? "standard output" : options.out));
+    return wishes;
 }
 
 void evaluateFrames(EvalOptions const& options, Shared const& shared,
@@ -144,23 +177,11 @@ void evaluateFrames(EvalOptions const& options, Shared const& shared,
 {
     Environment const environment(shared);
     host::Diagnostics diagnostics;
-    bool const writesOut = host::isStandardStream(options.out);
+    auto const [frames, shard, format] = wishesOf(options, diagnostics);
     host::RunOptions run;
-    std::optional<host::Shard> shard;
+    run.frames = frames;
+    run.format = format;
     std::unique_ptr<host::TableReader> table;
-
-    diagnostics.gather([&] {
-        if (!options.frames.empty())
-            run.frames = host::parseFrames(options.frames);
-    });
-    diagnostics.gather([&] {
-        if (!options.shard.empty())
-            shard = host::parseShard(options.shard);
-    });
-    diagnostics.gather([&] { run.format = host::resultFormatOf(options.out); });
-    if (!options.log.empty() && isSameFile(options.out, options.log))
-        diagnostics.add("--out and --log want two files, not both " +
-                        (writesOut ? "standard output" : options.out));
     if (host::isStandardStream(options.graph) && host::isStandardStream(options.data))
         throw host::Fault("GRAPH and --data cannot both be standard input: name a file for one");
     host::GraphSurroundings surroundings{options.data.empty() ? "" : host::inputName(options.data),
@@ -176,6 +197,10 @@ void evaluateFrames(EvalOptions const& options, Shared const& shared,
     });
     host::Graph graph =
         host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
+    for (std::string const& file : files)
+        if (!options.log.empty() && !host::isStandardStream(options.log) &&
+            isSameFile(options.log, file))
+            diagnostics.add("--log would replace " + file + ", which is read: name another file");
     diagnostics.throwIfAny();
 
     if (shard)
@@ -194,7 +219,7 @@ void evaluateFrames(EvalOptions const& options, Shared const& shared,
     auto log = options.log.empty() ? host::OutputFile::onDescriptor(STDERR_FILENO, "standard error")
                                    : host::OutputFile::open(options.log);
     // A file of results is worth having without the log; results that nobody keeps are not.
-    if (!writesOut)
+    if (!host::isStandardStream(options.out))
         log.outliveReader();
     run.results = &results;
     run.summary = &summary;
@@ -227,8 +252,15 @@ int evaluate(EvalOptions const& options, Shared const& shared)
     std::vector<std::string> files{options.graph};
     if (!options.data.empty())
         files.push_back(options.data);
-    if (options.watch)
-        watch(files, work);
+    if (options.watch) {
+        host::Diagnostics diagnostics;
+        if (options.image.empty())
+            wishesOf(options, diagnostics);
+        else
+            imageWishesOf(options, diagnostics);
+        diagnostics.throwIfAny();
+        watch(files, {options.out, options.log}, work);
+    }
     work(files);
     return 0;
 }

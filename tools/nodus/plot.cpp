@@ -1,5 +1,6 @@
 // nodus plot: what a graph gives, drawn over frames.
 #include "environment.h"
+#include "filter.h"
 #include "watch.h"
 
 #include "nodus/host/graph.h"
@@ -8,6 +9,7 @@
 #include "nodus/host/run.h"
 
 #include <memory>
+#include <optional>
 #include <thread>
 
 namespace nodus::tools {
@@ -29,11 +31,41 @@ std::string unitOf(host::Graph const& graph, host::GraphOutput const& output)
     return {};
 }
 
+// The options that want neither graph nor table.
+struct Wishes {
+    std::string format;
+    std::optional<host::FrameRange> frames;
+};
+
+Wishes wishesOf(PlotOptions const& options, host::Diagnostics& diagnostics)
+{
+    Wishes wishes;
+    diagnostics.gather([&] {
+        wishes.format = pictureFormat(options.out, {"svg", "png"});
+        if (options.watch && host::isStandardStream(options.out))
+            throw host::Fault("--watch wants a file for the picture: name one with -o");
+    });
+    diagnostics.gather([&] {
+        if (!options.frames.empty())
+            wishes.frames = host::parseFrames(options.frames);
+    });
+    return wishes;
+}
+
+// In two pixels for each unit of the drawing, as screens are dense today.
+std::string png(std::string const& svg)
+{
+    return filtered(svg, {{"rsvg-convert", "--zoom=2"},
+                          "rsvg-convert",
+                          "draw the plot (an .svg file wants no program)",
+                          "install the package librsvg2-bin, or write an .svg file with -o"});
+}
+
 void plot(PlotOptions const& options, Shared const& shared, std::vector<std::string>& files)
 {
     Environment const environment(shared);
     host::Diagnostics diagnostics;
-    pictureFormat(options.out, {"svg"});
+    Wishes const wishes = wishesOf(options, diagnostics);
     if (host::isStandardStream(options.graph) && host::isStandardStream(options.data))
         throw host::Fault("GRAPH and --data cannot both be standard input: name a file for one");
     host::GraphSurroundings surroundings;
@@ -41,15 +73,16 @@ void plot(PlotOptions const& options, Shared const& shared, std::vector<std::str
     surroundings.filesRead = &files;
     std::unique_ptr<host::TableReader> table;
     host::RunOptions run;
-    if (!options.frames.empty())
-        run.frames = host::parseFrames(options.frames);
-    if (!options.data.empty()) {
+    run.frames = wishes.frames;
+    diagnostics.gather([&] {
+        if (options.data.empty())
+            return;
         surroundings.tablePath = host::inputName(options.data);
         table = std::make_unique<host::TableReader>(options.data);
         surroundings.columns = &table->columns();
         run.table = table.get();
-    }
-    host::Graph const graph =
+    });
+    host::Graph graph =
         host::readGraph(options.graph, environment.catalogue(), surroundings, diagnostics);
     diagnostics.throwIfAny();
     host::Plan const plan = host::compileRows(graph);
@@ -68,11 +101,15 @@ void plot(PlotOptions const& options, Shared const& shared, std::vector<std::str
     std::vector<host::PlotCurve> curves;
     for (host::Summary::Lane const& lane : summary.lanes())
         curves.push_back({lane.name, unitOf(graph, graph.outputs[lane.output]), lane.values});
+    std::string const svg = host::drawPlot(
+        graph.description.empty() ? host::inputName(options.graph) : graph.description,
+        summary.framesKept(), curves);
     auto out = host::OutputFile::open(options.out);
-    out.write(host::drawPlot(graph.description.empty() ? host::inputName(options.graph)
-                                                       : graph.description,
-                             summary.framesKept(), curves));
+    out.write(wishes.format == "png" ? png(svg) : svg);
     out.commit();
+    if (std::string const note = host::noteOfNan(summary, std::move(graph), options.data);
+        !note.empty())
+        tellOnStandardError(note);
 }
 
 }  // namespace
@@ -98,18 +135,20 @@ Command addPlot(CLI::App& app, Shared const& shared)
     command
         ->add_option(
             "-o,--out", options->out,
-            "Where the picture goes, an .svg file. Without it, or with -: SVG on standard\n"
-            "output.")
+            "Where the picture goes: an .svg file, or .png by the program rsvg-convert of "
+            "librsvg.\n"
+            "It appears whole or not at all. Without it, or with -: SVG on standard output.")
         ->type_name("FILE");
     command->add_flag(
         "--watch", options->watch,
         "Draw again whenever the graph, a graph in it or the table changes, until Ctrl-C.");
     command->footer(
         "Each lane of the outputs is a curve. Curves of one unit and of like ranges share axes, up "
-        "to\nfive; a curve is broken where it is NaN or infinite. Log lines are not written.\n\n"
+        "to\nfive; a curve is broken where it is NaN or infinite, and NaN is told of\non standard "
+        "error. Log lines are not written.\n\n"
         "Examples:\n"
         "  nodus plot examples/drive.json --data examples/drive.csv -o drive.svg\n"
-        "  nodus plot examples/noise.json --frames 0:99 -o noise.svg\n\n"
+        "  nodus plot examples/noise.json --frames 0:99 -o noise.png\n\n"
         "Exit status:\n"
         "  0  the picture is written\n"
         "  1  the work failed, for want of memory for instance\n"
@@ -121,8 +160,12 @@ Command addPlot(CLI::App& app, Shared const& shared)
                 std::vector<std::string> files{options->graph};
                 if (!options->data.empty())
                     files.push_back(options->data);
-                if (options->watch)
-                    watch(files, work);
+                if (options->watch) {
+                    host::Diagnostics diagnostics;
+                    wishesOf(*options, diagnostics);
+                    diagnostics.throwIfAny();
+                    watch(files, {options->out}, work);
+                }
                 work(files);
                 return 0;
             }};

@@ -1,5 +1,6 @@
 // nodus show: a graph file as a picture, laid out by Graphviz.
 #include "environment.h"
+#include "filter.h"
 
 #include "nodus/host/diagnostics.h"
 #include "nodus/host/graph.h"
@@ -7,16 +8,7 @@
 #include "nodus/host/input_file.h"
 #include "nodus/host/output_file.h"
 
-#include <sys/mman.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
-#include <cerrno>
-#include <csignal>
-#include <cstring>
 #include <filesystem>
-#include <spawn.h>
 
 namespace nodus::tools {
 
@@ -28,83 +20,12 @@ struct ShowOptions {
     bool opened = false;
 };
 
-// A file in memory: whole streams for another program, without pipes that wait for each other.
-class Stream {
-public:
-    explicit Stream(std::string_view text) : m_file(::memfd_create("nodus-show", MFD_CLOEXEC))
-    {
-        if (m_file < 0)
-            throw host::Fault("cannot run dot: " + host::systemError(errno));
-        auto file = host::OutputFile::onDescriptor(m_file, "the text for dot");
-        file.write(text);
-        file.commit();
-        ::lseek(m_file, 0, SEEK_SET);
-    }
-    ~Stream() { ::close(m_file); }
-    Stream(Stream const&) = delete;
-    Stream& operator=(Stream const&) = delete;
-
-    int descriptor() const { return m_file; }
-
-    std::string text() const
-    {
-        std::string all;
-        std::array<char, 65536> buffer;
-        while (true) {
-            ssize_t const got =
-                ::pread(m_file, buffer.data(), buffer.size(), static_cast<off_t>(all.size()));
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got < 0)
-                throw host::Fault("cannot read what dot wrote: " + host::systemError(errno));
-            if (got == 0)
-                return all;
-            all.append(buffer.data(), static_cast<std::size_t>(got));
-        }
-    }
-
-private:
-    int m_file;
-};
-
-// What the program dot makes of the text.
 std::string layOut(std::string_view text, std::string const& format)
 {
-    Stream const input(text), output({}), complaints({});
-    posix_spawn_file_actions_t actions;
-    ::posix_spawn_file_actions_init(&actions);
-    ::posix_spawn_file_actions_adddup2(&actions, input.descriptor(), STDIN_FILENO);
-    ::posix_spawn_file_actions_adddup2(&actions, output.descriptor(), STDOUT_FILENO);
-    ::posix_spawn_file_actions_adddup2(&actions, complaints.descriptor(), STDERR_FILENO);
-    // Signals that this process ignores have their usual meaning there.
-    posix_spawnattr_t attributes;
-    ::posix_spawnattr_init(&attributes);
-    sigset_t usual;
-    ::sigemptyset(&usual);
-    ::sigaddset(&usual, SIGPIPE);
-    ::sigaddset(&usual, SIGXFSZ);
-    ::posix_spawnattr_setsigdefault(&attributes, &usual);
-    ::posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-    std::string program = "dot", option = "-T" + format;
-    char* const arguments[] = {program.data(), option.data(), nullptr};
-    pid_t child = 0;
-    int const error =
-        ::posix_spawnp(&child, program.c_str(), &actions, &attributes, arguments, environ);
-    ::posix_spawnattr_destroy(&attributes);
-    ::posix_spawn_file_actions_destroy(&actions);
-    if (error != 0)
-        throw host::Fault("cannot run dot of Graphviz (" + host::systemError(error) +
-                          "): install the package graphviz, or write a .dot file with -o");
-    int status = 0;
-    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
-    }
-    if (WIFEXITED(status) && WEXITSTATUS(status) == 0)
-        return output.text();
-    std::string const told = complaints.text();
-    throw host::Fault("dot of Graphviz could not draw the graph: " +
-                      (WIFSIGNALED(status) ? std::string(::strsignal(WTERMSIG(status)))
-                       : told.empty()      ? "exit status " + std::to_string(WEXITSTATUS(status))
-                                           : told.substr(0, told.find('\n'))));
+    return filtered(text, {{"dot", "-T" + format},
+                           "dot of Graphviz",
+                           "draw the graph",
+                           "install the package graphviz, or write a .dot file with -o"});
 }
 
 int show(ShowOptions const& options, Shared const& shared)

@@ -47,10 +47,15 @@ bool hasChanged(Stamps& stamps)
 
 }  // namespace
 
-void watch(std::vector<std::string> const& files, Work const& work)
+void watch(std::vector<std::string> const& files, std::vector<std::string> const& written,
+           Work const& work)
 {
     if (std::ranges::any_of(files, host::isStandardStream))
         throw host::Fault("--watch wants files, not standard input");
+    for (std::string const& path : written)
+        if (std::ranges::any_of(files, [&](auto const& file) { return isSameFile(file, path); }))
+            throw host::Fault("--watch would never come to rest: " + path +
+                              " is both read and written");
     Stamps stamps;
     for (std::string const& path : files)
         stamps.emplace(path, stampOf(path));

@@ -12,7 +12,8 @@ using Work = std::function<void(std::vector<std::string>& files)>;
 
 // Works, and again whenever one of the files changes, until a signal ends the process or nobody
 // reads the results; a fault is told and does not end it. Throws Fault at once when one of the
-// files is standard input, host::ClosedPipe, and what is no Fault.
-[[noreturn]] void watch(std::vector<std::string> const& files, Work const& work);
+// files is standard input, or one that the work writes; host::ClosedPipe, and what is no Fault.
+[[noreturn]] void watch(std::vector<std::string> const& files,
+                        std::vector<std::string> const& written, Work const& work);
 
 }  // namespace nodus::tools

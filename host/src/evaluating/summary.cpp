@@ -2,6 +2,7 @@
 #include "nodus/host/summary.h"
 
 #include "modules/load.h"
+#include "nodus/host/diagnostics.h"
 #include "nodus/host/input_file.h"
 #include "nodus/host/table.h"
 #include "tables/row_window.h"
@@ -47,6 +48,39 @@ void readRows(std::string const& path, Plan const& plan, Evaluator& evaluator, s
         if (isBeyond)
             parser.storeDefaults(evaluator, 0, shift);
     }
+}
+
+// The node whose NaN was the first on the way to the output, by its name; empty when the table
+// cannot be read once more.
+std::string whereNanCameUp(Graph graph, Summary::FirstNan const& nan, std::string const& tablePath)
+{
+    if (isStandardStream(tablePath))
+        return {};
+    // All that the output takes from, in the order of evaluation.
+    std::vector<bool> isTaken(graph.nodes.size());
+    isTaken[graph.outputs[nan.output].node] = true;
+    for (auto node = graph.order.rbegin(); node != graph.order.rend(); ++node)
+        for (Feed const& feed : graph.nodes[*node].feeds)
+            if (isTaken[*node] && feed.source.kind == Source::Kind::node)
+                isTaken[feed.source.index] = true;
+    graph.outputs.clear();
+    for (std::size_t const node : graph.order)
+        for (Port const& port : graph.nodes[node].type->outputs)
+            if (isTaken[node] && isReal(port.type->lane))
+                graph.outputs.push_back({graph.nodes[node].name, node, port.offset, port.type});
+    Plan const plan = compile(graph, 1);
+    Evaluator evaluator(plan, nullptr);
+    if (!tablePath.empty())
+        readRows(tablePath, plan, evaluator, nan.frame);
+    evaluator.evaluate(std::span(&nan.frame, 1));
+    for (std::size_t i = 0; i < plan.outputs.size(); ++i) {
+        PlanOutput const& output = plan.outputs[i];
+        for (std::size_t lane = 0; lane < output.type->laneNames.size(); ++lane)
+            if (std::isnan(valueAt(output.type->lane,
+                                   evaluator.at(output.place, 0) + lane * output.type->laneSize)))
+                return output.name;
+    }
+    return {};
 }
 
 }  // namespace
@@ -144,35 +178,16 @@ std::string Summary::text() const
     return text;
 }
 
-std::string whereNanCameUp(Graph graph, Summary::FirstNan const& nan, std::string const& tablePath)
+std::string noteOfNan(Summary const& summary, Graph graph, std::string const& tablePath)
 {
-    if (isStandardStream(tablePath))
+    auto const& nan = summary.firstNan();
+    if (!nan)
         return {};
-    // All that the output takes from, in the order of evaluation.
-    std::vector<bool> isTaken(graph.nodes.size());
-    isTaken[graph.outputs[nan.output].node] = true;
-    for (auto node = graph.order.rbegin(); node != graph.order.rend(); ++node)
-        for (Feed const& feed : graph.nodes[*node].feeds)
-            if (isTaken[*node] && feed.source.kind == Source::Kind::node)
-                isTaken[feed.source.index] = true;
-    graph.outputs.clear();
-    for (std::size_t const node : graph.order)
-        for (Port const& port : graph.nodes[node].type->outputs)
-            if (isTaken[node] && isReal(port.type->lane))
-                graph.outputs.push_back({graph.nodes[node].name, node, port.offset, port.type});
-    Plan const plan = compile(graph, 1);
-    Evaluator evaluator(plan, nullptr);
-    if (!tablePath.empty())
-        readRows(tablePath, plan, evaluator, nan.frame);
-    evaluator.evaluate(std::span(&nan.frame, 1));
-    for (std::size_t i = 0; i < plan.outputs.size(); ++i) {
-        PlanOutput const& output = plan.outputs[i];
-        for (std::size_t lane = 0; lane < output.type->laneNames.size(); ++lane)
-            if (std::isnan(valueAt(output.type->lane,
-                                   evaluator.at(output.place, 0) + lane * output.type->laneSize)))
-                return output.name;
-    }
-    return {};
+    std::string const output = graph.outputs[nan->output].name;
+    std::string const node = whereNanCameUp(std::move(graph), *nan, tablePath);
+    return fmt::format("note: NaN in {} of {} frames, first in frame {}, '{}'{}",
+                       summary.framesWithNan(), summary.frames(), nan->frame, printable(output),
+                       node.empty() ? "" : "; it came up in node " + inQuotes(node));
 }
 
 }  // namespace nodus::host

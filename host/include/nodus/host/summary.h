@@ -63,8 +63,9 @@ private:
     std::uint64_t m_framesWithNan = 0, m_frames = 0;
 };
 
-// The node whose NaN was the first on the way to an output of the graph, by its name; empty when
-// the table cannot be read once more. tablePath: empty without a table.
-std::string whereNanCameUp(Graph graph, Summary::FirstNan const& nan, std::string const& tablePath);
+// One line that tells of NaN in the results of the graph: in how many frames, the first of them
+// and, unless the table cannot be read once more, the node where it came up; empty without any.
+// tablePath: empty without a table.
+std::string noteOfNan(Summary const& summary, Graph graph, std::string const& tablePath);
 
 }  // namespace nodus::host
