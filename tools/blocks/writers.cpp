@@ -46,7 +46,7 @@ std::string prototypes(host::Catalogue const& catalogue, std::string const& qual
     std::string text;
     for (NodeType const& type : catalogue.nodeTypes())
         for (std::string const& entry : entryPointsOf(type))
-            text += "void " + entry + "(" + parametersOf(type, entry) + ")" + qualifier + ";\n";
+            text += fmt::format("void {}({}){};\n", entry, parametersOf(type, entry), qualifier);
     return text;
 }
 

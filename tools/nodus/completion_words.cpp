@@ -31,6 +31,7 @@ std::string joined(std::vector<std::string> const& words, char const* between)
 std::vector<std::string> namesOf(std::vector<CLI::App*> const& commands)
 {
     std::vector<std::string> names;
+    names.reserve(commands.size());
     for (CLI::App* const command : commands)
         names.push_back(command->get_name());
     return names;

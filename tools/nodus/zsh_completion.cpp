@@ -5,6 +5,8 @@
 #include "completion_words.h"
 #include "filled.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 
 namespace nodus::tools {
@@ -59,7 +61,7 @@ std::string zshArguments(std::vector<CLI::Option*> const& options,
         std::string const text = "[" + quoted(firstSentence(option->get_description())) + "]";
         std::string const repeat = takesMany(*option) ? "*" : "(" + joined(spellings) + ")";
         for (std::string const& spelling : spellings) {
-            lines += " \\\n        '" + repeat + spelling;
+            lines += fmt::format(" \\\n        '{}{}", repeat, spelling);
             // The value is the next word, or behind a sign in the same one.
             if (takesValue(*option))
                 lines += spelling.starts_with("--") ? "=" : "+";

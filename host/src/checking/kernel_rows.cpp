@@ -321,8 +321,8 @@ std::vector<std::string> portFaults(Catalogue const& catalogue, std::string cons
             if (void* const entry = ::dlsym(library.get(), name.c_str()))
                 reinterpret_cast<decltype(function)>(entry)(nullptr, unused..., &told);
             if (told != expected)
-                faults.push_back(name + ": the catalogue has " + expected + ", the function " +
-                                 told);
+                faults.push_back(
+                    fmt::format("{}: the catalogue has {}, the function {}", name, expected, told));
         };
         std::string const inputs = namesOf(type.inputs) + " -> ";
         std::string const ports = inputs + namesOf(type.outputs);

@@ -16,7 +16,7 @@ namespace {
 using Places = std::vector<std::span<std::byte const>>;
 
 struct Search {
-    std::uintptr_t inside;  // an address of the library that is looked for
+    std::byte const* inside;  // the library that is looked for
     Places places;
 };
 
@@ -33,14 +33,14 @@ bool contains(dl_phdr_info const& library, std::uintptr_t address)
 [[maybe_unused]] int visit(dl_phdr_info* library, std::size_t, void* context)
 {
     Search& search = *static_cast<Search*>(context);
-    if (!contains(*library, search.inside))
+    auto const inside = reinterpret_cast<std::uintptr_t>(search.inside);
+    if (!contains(*library, inside))
         return 0;
     for (ElfW(Half) i = 0; i < library->dlpi_phnum; ++i)
         if (ElfW(Phdr) const& segment = library->dlpi_phdr[i];
             segment.p_type == PT_LOAD && (segment.p_flags & PF_W) != 0)
             search.places.emplace_back(
-                reinterpret_cast<std::byte const*>(library->dlpi_addr + segment.p_vaddr),
-                segment.p_memsz);
+                search.inside + (library->dlpi_addr + segment.p_vaddr - inside), segment.p_memsz);
     return 1;
 }
 
@@ -48,7 +48,7 @@ bool contains(dl_phdr_info const& library, std::uintptr_t address)
 
 ModuleData::ModuleData(Module const& module)
 {
-    Search search{reinterpret_cast<std::uintptr_t>(module.kernels().front().entry), {}};
+    Search search{static_cast<std::byte const*>(module.kernels().front().entry), {}};
 // The address sanitizer guards such data itself, by zones between them that nobody may read.
 #ifndef __SANITIZE_ADDRESS__
     ::dl_iterate_phdr(visit, &search);

@@ -21,6 +21,7 @@ std::string plain(std::filesystem::path const& path) { return path.lexically_nor
 std::vector<Port> portsOf(std::vector<ListedPort> const& listed, std::size_t& end)
 {
     std::vector<Port> ports;
+    ports.reserve(listed.size());
     for (ListedPort const& port : listed)
         ports.push_back(
             {port.name, port.type, placePort(*port.type, end), neutralValue(*port.type), {}, {}});

@@ -71,17 +71,17 @@ private:
                         std::vector<std::string_view> const& all);
     std::string nearestNode(std::string_view wrong);
 
-    // graph.cpp: nodes and outputs.
+    // graph_reader.cpp: nodes and their types.
     void readNodes(JsonValue const& nodes);
     void readNodeType(std::string const& name, JsonValue const& json);
     std::optional<GraphNode> readGraphType(std::string const& name, std::string const& path,
                                            Place const& place);
+
+    // graph_outputs.cpp: what is listed.
     void readOutputs(JsonValue const& outputs);
     void addOutput(GraphOutput output, std::string const& listed, Place const& place);
     // What a path means: a port, a lane or a part. Nothing, and a fault, when it means nothing.
     std::optional<GraphOutput> findOutput(std::string const& text, Place const& place);
-    // The nodes that stand for expressions and windows, each in front of the node that it is for.
-    void placeMadeNodes();
 
     // parameters.cpp: what is declared, and what takes it.
     void readParameters(JsonValue const& parameters);
@@ -123,9 +123,12 @@ private:
                                  ValueType const& type);
     ValueType const* knownType(Expression const& expression) const;
 
+    // graph_nodes.cpp: the nodes that stand for expressions and windows.
     // A node that the file does not have, for an input of one that it has: its index once all nodes
     // have their places. The reference holds until the next one is made.
     std::size_t makeFor(Target const& target, NodeType const& type);
+    // Each goes in front of the node that it is for.
+    void placeMadeNodes();
     GraphNode& made(std::size_t index) { return m_made[index - m_graph.nodes.size()].node; }
 
     Catalogue const& m_catalogue;

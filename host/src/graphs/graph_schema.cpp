@@ -143,7 +143,7 @@ Json portOf(Port const& port)
 }
 
 // {"from": "node"} and {"column": "x"}, of this frame, another one, or a window of them.
-Json shiftable(std::string const& source, std::string const& unit, Json more)
+Json shiftable(std::string const& source, std::string const& unit, Json const& more)
 {
     std::string const window = unit + "s";
     Json folds = Json::array();
