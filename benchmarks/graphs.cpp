@@ -9,6 +9,8 @@
 #include "nodus/host/evaluator.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
 #include <cstring>
 #include <deque>
 #include <memory>
@@ -168,8 +170,9 @@ public:
     {
         loop(fused);
         std::size_t const last = (kCount - 1) % m_plan.framesPerBlock;
-        if (std::memcmp(m_evaluator.at(m_plan.outputs[0].place, last), &m_fused.back(),
-                        sizeof(float)) != 0)
+        std::uint32_t bits = 0;
+        std::memcpy(&bits, m_evaluator.at(m_plan.outputs[0].place, last), sizeof bits);
+        if (bits != std::bit_cast<std::uint32_t>(m_fused.back()))
             throw std::runtime_error("the loop and the graph differ");
     }
 

@@ -13,7 +13,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <vector>
 
 int main(int argc, char** argv)
 {
@@ -41,13 +40,11 @@ int main(int argc, char** argv)
         at = fast_float::from_chars(at, end, value).ptr + 1;
         return value;
     };
-    std::vector<char> buffer(kBuffer + kLongestLine);
-    char* to =
-        fmt::format_to(buffer.data(), FMT_COMPILE("frame,way.result,bend.result,height.result\n"));
+    static char buffer[kBuffer + kLongestLine];
+    char* to = fmt::format_to(buffer, FMT_COMPILE("frame,way.result,bend.result,height.result\n"));
     auto const flush = [&] {
-        bool const isWritten =
-            write(out, buffer.data(), static_cast<std::size_t>(to - buffer.data())) >= 0;
-        to = buffer.data();
+        bool const isWritten = write(out, buffer, static_cast<std::size_t>(to - buffer)) >= 0;
+        to = buffer;
         return isWritten;
     };
     for (std::int32_t frame = 0; at < end; ++frame) {
@@ -59,7 +56,7 @@ int main(int argc, char** argv)
         at = behind(at, '\n');
         to = fmt::format_to(to, FMT_COMPILE("{},{},{},{}\n"), frame, std::sqrt(x * x + z * z),
                             arm - forearm, y * 0.01f);
-        if (to > buffer.data() + kBuffer && !flush())
+        if (to > buffer + kBuffer && !flush())
             return 1;
     }
     return flush() ? 0 : 1;

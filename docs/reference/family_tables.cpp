@@ -97,7 +97,7 @@ std::string standardText(Port const& port)
         return "0";
     if (isNeutral)
         return "identity";
-    std::string const whole = host::valueText(*value.type, value.bytes.data(), {});
+    std::string whole = host::valueText(*value.type, value.bytes.data(), {});
     // (1, 1, 1) is shown as 1: the default of every lane.
     host::ValueType const& lane = host::valueType(value.type->lane);
     for (std::size_t at = lane.size; at < value.type->size; at += lane.size)

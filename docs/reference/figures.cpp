@@ -120,6 +120,7 @@ std::string curves(host::Catalogue const& catalogue, JsonValue const& plot, std:
     Curves const all = sampledToTheEnds(
         xs, [&](std::vector<double> const& at) { return sampled(catalogue, graph, origin, at); });
     std::vector<double> fractions;
+    fractions.reserve(xs.size());
     for (double const at : xs)
         fractions.push_back(x.fraction(at / unit));
     std::string field, dots;

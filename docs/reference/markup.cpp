@@ -3,6 +3,8 @@
 
 #include "files/members.h"
 
+#include <fmt/format.h>
+
 #include <charconv>
 
 namespace nodus::reference {
@@ -63,7 +65,7 @@ void refuseUnknownKeys(JsonValue const& object, std::vector<std::string_view> co
 {
     for (std::string const& key : object.keys)
         if (std::string const why = host::whyUnknown(key, known); !why.empty())
-            throw host::Fault(origin + ": " + why);
+            throw host::Fault(fmt::format("{}: {}", origin, why));
 }
 
 }  // namespace nodus::reference

@@ -33,8 +33,8 @@ namespace {
 // What a nodus::String holds. The text of a null one is told here, so that this library takes no
 // part in the empty string that modules and hosts share.
 using Text = std::shared_ptr<std::string>;
-static_assert(sizeof(NodusString) == sizeof(Text) && sizeof(String) == sizeof(Text) &&
-              alignof(NodusString) == alignof(Text) && alignof(String) == alignof(Text));
+static_assert(sizeof(NodusString) == sizeof(Text) && sizeof(String) == sizeof(Text));
+static_assert(alignof(NodusString) == alignof(Text) && alignof(String) == alignof(Text));
 
 Text& asText(NodusString* string) { return *reinterpret_cast<Text*>(string); }
 Text const& asText(NodusString const* string) { return *reinterpret_cast<Text const*>(string); }

@@ -63,10 +63,11 @@ public:
           m_workers([&plan] { return std::make_unique<Worker>(plan); }),
           m_batches(2 * options.threads + 2)
     {
-        if (options.table != nullptr)
+        if (options.table != nullptr) {
             m_parser.emplace(*options.table, plan);
-        if (m_parser && m_parser->isShifted())
-            m_window.emplace(*options.table, m_parser->shifts());
+            if (m_parser->isShifted())
+                m_window.emplace(*options.table, m_parser->shifts());
+        }
         if (options.summary != nullptr)
             m_noResults = *options.summary;
         // Enough work to make handing over cheap, little enough to bound memory and latency.

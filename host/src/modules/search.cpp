@@ -118,6 +118,7 @@ std::vector<Family const*> findFamilies(Catalogue const& catalogue,
     }
     std::ranges::stable_sort(found, {}, [](auto const& each) { return each.first; });
     std::vector<Family const*> families;
+    families.reserve(found.size());
     for (auto const& [far, family] : found)
         families.push_back(family);
     return families;

@@ -72,7 +72,7 @@ std::string graphOfSkeleton(BvhSkeleton const& skeleton, std::string const& name
         std::string const from = "{ \"from\": " + jsonText(parent) + " }";
         if (isEnd) {
             addNode(own, "TransformPositionWithTQS",
-                    "\"position\": " + place + ", \"transform\": " + from);
+                    fmt::format(R"("position": {}, "transform": {})", place, from));
             outputs.push_back(own);
             continue;
         }
@@ -89,11 +89,13 @@ std::string graphOfSkeleton(BvhSkeleton const& skeleton, std::string const& name
             turn = ", \"q\": { \"from\": " + jsonText(own + " turn") + " }";
         }
         addNode(own, "TransformTQS",
-                (isRoot ? "" : "\"a\": " + from + ", ") + "\"b\": { \"t\": " + place + turn + " }");
+                fmt::format(R"({}"b": {{ "t": {}{} }})", isRoot ? "" : "\"a\": " + from + ", ",
+                            place, turn));
         outputs.push_back(own + ".result.t");
         outputs.push_back(own + ".result.q");
     }
     std::vector<std::string> listed;
+    listed.reserve(outputs.size());
     for (std::string const& output : outputs)
         listed.push_back("    " + jsonText(output));
     return fmt::format("{{\n  \"description\": {},\n  \"parameters\": {{\n{}\n  }},\n"

@@ -159,8 +159,9 @@ void NpzWriter::finish()
         Long const inRows = rows * column.rowSize, size = header.size() + inRows, place = m_written;
         auto const checksum = static_cast<std::uint32_t>(crc32_combine(
             sumOf(header), sumOf(column.waiting, column.checksum), static_cast<z_off_t>(inRows)));
-        put("PK\3\4" + memberHeader(checksum, name, 20) + name +
-            littleEndian(Half{1}, Half{16}, size, size) + header);
+        put("PK\3\4" + memberHeader(checksum, name, 20));
+        put(name);
+        put(littleEndian(Half{1}, Half{16}, size, size) + header);
         copyAside(column, begin);
         put(column.waiting);
         begin += column.rowSize;

@@ -45,8 +45,8 @@ template <typename Real> char* write(char* to, Real value)
         return to;
     }
     if (!std::isfinite(value)) {
-        std::memcpy(to, std::isnan(value) ? "nan" : "inf", 3);
-        return to + 3;
+        std::string_view const word = std::isnan(value) ? "nan" : "inf";
+        return to + word.copy(to, word.size());
     }
     auto const decimal = fmt::detail::dragonbox::to_decimal(value);
     char digits[24] = {};

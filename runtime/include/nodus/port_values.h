@@ -71,6 +71,7 @@ typedef struct NodusString {
     void* owners;
 } NodusString;
 
+// NOLINTBEGIN(misc-redundant-expression): clang-tidy takes alignof for a second sizeof.
 static_assert(sizeof(NodusFloat2) == 8 && alignof(NodusFloat2) == 4, "NodusFloat2");
 static_assert(sizeof(NodusFloat3) == 12 && alignof(NodusFloat3) == 4, "NodusFloat3");
 static_assert(sizeof(NodusFloat4) == 16 && alignof(NodusFloat4) == 16, "NodusFloat4");
@@ -82,6 +83,7 @@ static_assert(sizeof(NodusMatrix4x4) == 64 && alignof(NodusMatrix4x4) == 16, "No
 static_assert(sizeof(NodusMat44Float) == 64 && alignof(NodusMat44Float) == 4, "NodusMat44Float");
 static_assert(sizeof(NodusTQS) == 48 && alignof(NodusTQS) == 16, "NodusTQS");
 static_assert(sizeof(NodusString) == 16 && alignof(NodusString) == 8, "NodusString");
+// NOLINTEND(misc-redundant-expression)
 
 // Entry points. Every block starts at a multiple of 16; the blocks of one call never overlap. They
 // report nothing, answer every input, and may be called from any thread.
