@@ -12,10 +12,12 @@
 
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
+#include <exception>
 
 int main(int argc, char** argv)
-{
+try {
     constexpr std::size_t kBuffer = std::size_t{256} * 1024, kLongestLine = 256;
     if (argc != 3)
         return 2;
@@ -60,4 +62,7 @@ int main(int argc, char** argv)
             return 1;
     }
     return flush() ? 0 : 1;
+} catch (std::exception const& error) {
+    std::fprintf(stderr, "%s: %s\n", argv[0], error.what());
+    return 1;
 }

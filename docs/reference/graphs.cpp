@@ -28,7 +28,7 @@ constexpr std::size_t kLineWidth = 84;
 std::string broken(JsonValue const& value, std::size_t depth)
 {
     std::string const margin(2 * depth, ' ');
-    std::string const line = inlineJson(value);
+    std::string line = inlineJson(value);
     bool const isOuter = value.is(Kind::object) && depth < 2;
     if (!isOuter && (margin.size() + line.size() <= kLineWidth || value.items.empty()))
         return line;
@@ -140,7 +140,7 @@ JsonValue listValue(std::vector<JsonValue> items)
     return value;
 }
 
-JsonValue objectValue(std::vector<std::pair<std::string, JsonValue>> members)
+JsonValue objectValue(std::vector<std::pair<std::string, JsonValue>>&& members)
 {
     JsonValue value(Kind::object);
     for (auto& [key, item] : members) {
@@ -163,6 +163,7 @@ JsonValue nodeValue(std::string_view type, JsonValue const* inputs)
 JsonValue graphValue(JsonValue nodes, std::vector<std::string> const& outputs)
 {
     std::vector<JsonValue> names;
+    names.reserve(outputs.size());
     for (std::string const& output : outputs)
         names.push_back(textValue(output));
     return objectValue({{"nodes", std::move(nodes)}, {"outputs", listValue(std::move(names))}});

@@ -16,7 +16,7 @@ using host::JsonValue;
 
 JsonValue textValue(std::string_view text);
 JsonValue listValue(std::vector<JsonValue> items);
-JsonValue objectValue(std::vector<std::pair<std::string, JsonValue>> members);
+JsonValue objectValue(std::vector<std::pair<std::string, JsonValue>>&& members);
 // { "type": type, "inputs": inputs }; without inputs when they are null.
 JsonValue nodeValue(std::string_view type, JsonValue const* inputs);
 JsonValue graphValue(JsonValue nodes, std::vector<std::string> const& outputs);

@@ -293,7 +293,7 @@ TEST(Arrays, FramesInAnyOrderTextsLogAndTheEnd)
         EXPECT_EQ(done, x.size());
         for (std::size_t i = 0; i < x.size(); ++i) {
             ASSERT_EQ(sums[i], frames[i] + 1);
-            ASSERT_EQ(std::string(std::string(texts[i]).c_str()), "text");
+            ASSERT_EQ(static_cast<std::string const&>(texts[i]), "text");
         }
         EXPECT_EQ(std::ranges::count(log.view(), '\n'), std::ptrdiff_t(x.size()));
         std::ranges::fill(sums, 0);

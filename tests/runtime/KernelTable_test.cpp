@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 
 #include <memory>
+#include <optional>
 #include <thread>
 
 using namespace nodus::runtime;
@@ -65,10 +66,13 @@ TEST(KernelTable, LookUpsAreSafeWhileRecordsComeAndGo)
     auto const lasting = record("lasting");
     {
         std::vector<std::jthread> threads;
+        threads.reserve(6);
         for (int thread = 0; thread < 6; ++thread)
             threads.emplace_back([isWriting = thread < 2] {
                 for (int round = 0; round < 2000; ++round) {
-                    auto const brief = isWriting ? record("brief") : nullptr;
+                    std::optional<NodusAutoSymbol> brief;
+                    if (isWriting)
+                        brief.emplace("brief", "(*,*)", kEntry);
                     ASSERT_TRUE(findKernel(isWriting ? "brief" : "lasting").has_value());
                     ASSERT_GE(registeredKernels().size(), 1u);
                 }

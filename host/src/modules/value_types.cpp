@@ -24,12 +24,12 @@ constexpr std::string_view kTqs[] = {"t.x", "t.y", "t.z", "t.w", "q.x", "q.y",
 
 template <typename T> constexpr ValueType scalar(TypeId id)
 {
-    return {id, nm::typeName<T>, sizeof(T), alignof(T), id, sizeof(T), kScalar};
+    return {id, id, nm::typeName<T>, sizeof(T), alignof(T), sizeof(T), kScalar};
 }
 
 template <typename T> constexpr ValueType lanes(TypeId id, std::span<std::string_view const> names)
 {
-    return {id, nm::typeName<T>, sizeof(T), alignof(T), TypeId::Float, sizeof(float), names};
+    return {id, TypeId::Float, nm::typeName<T>, sizeof(T), alignof(T), sizeof(float), names};
 }
 
 constexpr ValueType kTypes[] = {

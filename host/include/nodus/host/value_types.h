@@ -34,11 +34,9 @@ enum class TypeId : std::uint8_t {
 inline bool isReal(TypeId type) { return type == TypeId::Float || type == TypeId::Double; }
 
 struct ValueType {
-    TypeId id;
+    TypeId id, lane;  // its own and that of each lane; a scalar is its own only lane
     std::string_view name;
-    std::size_t size, alignment;
-    TypeId lane;  // the type of each lane; a scalar is its own only lane
-    std::size_t laneSize;
+    std::size_t size, alignment, laneSize;
     std::span<std::string_view const> laneNames;  // one empty name for a scalar
 
     bool isScalar() const { return lane == id; }
