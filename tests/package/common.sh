@@ -17,18 +17,21 @@ quietly() { # quietly WHY-IT-FAILED COMMAND...
 }
 # Installs the build into a prefix and moves it: $prefix.
 install_and_move() { # install_and_move BUILD-DIRECTORY [OPTION-OF-CMAKE...]
-    build=$1
-    shift
-    cmake --install "$build" --prefix "$scratch/built" "$@" >/dev/null
+    cmake --install "$@" --prefix "$scratch/built" >/dev/null
     mkdir "$scratch/elsewhere"
     prefix=$scratch/elsewhere/moved
     mv "$scratch/built" "$prefix"
+    ! grep -rlF -e "$scratch/built" -e "$1" "$prefix" || fail "these files know where they were built or first installed"
 }
 prints() { # prints EXPECTED COMMAND...
     expected=$1
     shift
-    got=$("$@") || fail "$* fails"
+    got=$("$@" 2>&1) || got="$got (exit status $?)"
     [ "$got" = "$expected" ] || fail "$* prints '$got', not '$expected'"
+}
+python_adds() { # python_adds FOLDER-WITH-THE-PACKAGE
+    (cd / && prints "[5. 7. 9.]" env PYTHONPATH="$(dirname "$(find "$1" -path '*-packages/nodusmath')")" \
+        /usr/bin/python3 -B -c 'import nodusmath; print(nodusmath.Add_Float3([1, 2, 3], [4, 5, 6]))')
 }
 # Puts a family at the end of a catalogue, in front of the line that ends the families, the last but one.
 add_family() { # add_family CATALOGUE ENTRY

@@ -32,13 +32,7 @@ done
 if [ "${3:-}" = with-tools ]; then
     [ -n "$("$scratch/root/usr/bin/nodus" list)" ] || fail "the packaged command lists no kernels"
 fi
-if [ "${4:-}" = with-python ]; then
-    expected="[5. 7. 9.]"
-    sum=$(PYTHONPATH=$(dirname "$(find "$scratch/root" -path '*-packages/nodusmath')") /usr/bin/python3 -c '
-import nodusmath
-print(nodusmath.Add_Float3([1, 2, 3], [4, 5, 6]))')
-    [ "$sum" = "$expected" ] || fail "the packaged Python package adds to $sum, not $expected"
-fi
+[ "${4:-}" != with-python ] || python_adds "$scratch/root"
 
 as_root=""
 [ "$(id -u)" != 0 ] || as_root=--allow-root

@@ -1,24 +1,23 @@
-# A browser for the tests of the node reference.
+# A browser for the tests of the node reference, and what all of them do with it. The script's first argument is the
+# build directory.
 import os
 import pathlib
+import sys
 import time
+import unittest
 
 from selenium import webdriver
 from selenium.webdriver.common.by import By
 
 DESKTOP, PHONE = (1280, 900), (360, 740)
-
-
-def folder_of(build):
-    """Where the page is, and its screenshots go."""
-    return pathlib.Path(build).resolve() / 'reference'
+# Where the page is, and its screenshots go.
+FOLDER = pathlib.Path(sys.argv.pop(1)).resolve() / 'reference'
 
 
 class Browser(webdriver.Chrome):
     """One headless Chromium with an empty profile."""
 
-    def __init__(self, folder):
-        self.folder = folder
+    def __init__(self):
         options = webdriver.ChromeOptions()
         for argument in ['headless', 'disable-gpu', 'disable-quic', 'no-first-run', 'disable-sync', 'hide-scrollbars',
                          'disable-background-networking', 'disable-component-update']:
@@ -39,7 +38,7 @@ class Browser(webdriver.Chrome):
 
     def open(self, hash=''):
         self.get('about:blank')
-        self.get((self.folder / 'index.html').as_uri() + hash)
+        self.get((FOLDER / 'index.html').as_uri() + hash)
 
     def until(self, script, *arguments):
         """Waits until that is true, and gives it."""
@@ -56,5 +55,29 @@ class Browser(webdriver.Chrome):
             'features': [{'name': 'prefers-color-scheme', 'value': scheme}]})
 
     def screenshot(self, name):
-        (self.folder / f'{name}.png').write_bytes(picture := self.get_screenshot_as_png())
+        (FOLDER / f'{name}.png').write_bytes(picture := self.get_screenshot_as_png())
         return picture
+
+
+class InABrowser(unittest.TestCase):
+    """Each test begins with the page on a desktop, and ends without anything that the browser calls severe."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.browser = Browser()
+        cls.addClassCleanup(cls.browser.quit)
+
+    def setUp(self):
+        self.browser.show(DESKTOP)
+        self.open()
+
+    def tearDown(self):
+        faults = self.browser.get_log('browser')
+        self.assertEqual([fault['message'] for fault in faults if fault['level'] == 'SEVERE'], [])
+
+    def open(self, hash=''):
+        self.browser.open(hash)
+
+    def soon(self, script, expected):
+        """Links and the way back take effect a moment later."""
+        self.browser.until(f'JSON.stringify({script}) === JSON.stringify(arguments[0])', expected)

@@ -4,15 +4,13 @@
 # usage: browser_test.py BUILD-DIRECTORY
 import json
 import struct
-import sys
-import time
 import unittest
 
 from selenium.webdriver.common.keys import Keys
 
-from browser import DESKTOP, PHONE, Browser, folder_of
+import browser
+from browser import DESKTOP, FOLDER, PHONE
 
-FOLDER = folder_of(sys.argv.pop())
 FAMILIES = (FOLDER / 'index.html').read_text().count('<article ')
 ENTER, ESCAPE, DOWN, UP = Keys.ENTER, Keys.ESCAPE, Keys.DOWN, Keys.UP
 
@@ -36,31 +34,10 @@ CONTRAST = '''(() => {
 })()'''
 
 
-class InABrowser(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.browser = Browser(FOLDER)
-        cls.addClassCleanup(cls.browser.quit)
-
-    def setUp(self):
-        self.browser.show(DESKTOP)
-        self.browser.open()
-
-    def tearDown(self):
-        faults = self.browser.get_log('browser')
-        self.assertEqual([fault['message'] for fault in faults if fault['level'] == 'SEVERE'], [])
-
+class Page(browser.InABrowser):
     def shown(self):
         return self.browser.run('[...document.querySelectorAll("article")].filter((a) => a.checkVisibility())'
                                 '.map((a) => a.id)')
-
-    def soon(self, script, expected):
-        """Links and the way back take effect a moment later."""
-        for _ in range(100):
-            if (got := self.browser.run(script)) == expected:
-                return
-            time.sleep(0.02)
-        self.assertEqual(got, expected, script)
 
     def leads_to(self, name):
         """The page has scrolled to that node, below the bar, and it has the focus."""

@@ -21,11 +21,11 @@ from selenium import webdriver
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
-from browser import DESKTOP, PHONE, Browser, folder_of
+import browser
+from browser import DESKTOP, FOLDER, PHONE
 
 HERE = pathlib.Path(__file__).resolve().parent
 SOURCE = HERE.parents[1]
-FOLDER = folder_of(sys.argv.pop(1))
 KEPT = HERE / 'calls.txt'
 AXE = FOLDER / 'audit/node_modules/axe-core/axe.min.js'
 CALLS = 100
@@ -150,23 +150,10 @@ def pixels_of(png):
     return hashlib.sha256(zlib.decompress(data)).hexdigest()[:16]
 
 
-class InABrowser(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        cls.browser = Browser(FOLDER)
-        cls.addClassCleanup(cls.browser.quit)
-
-    def setUp(self):
-        self.browser.show(DESKTOP)
-        self.open()
-
+class Live(browser.InABrowser):
     def open(self, hash=''):
-        self.browser.open(hash)
+        super().open(hash)
         self.browser.until("performance.getEntriesByName('computes').length > 0")
-
-    def tearDown(self):
-        faults = self.browser.get_log('browser')
-        self.assertEqual([fault['message'] for fault in faults if fault['level'] == 'SEVERE'], [])
 
     def near(self, selector):
         """Scrolls there, waits until it lives, and gives it."""
@@ -186,11 +173,8 @@ class InABrowser(unittest.TestCase):
         self.browser.until("document.querySelector('#playground .workbench').getAttribute('aria-busy') === 'false'"
                            " && / ms\\.$/.test(document.querySelector('#playground .status').textContent)")
 
-    def soon(self, script, expected):
-        self.browser.until(f'JSON.stringify({script}) === JSON.stringify(arguments[0])', expected)
 
-
-class Proof(InABrowser):
+class Proof(Live):
     def test_bits_are_those_of_the_command(self):
         types = self.browser.run(TYPES)
         kept = dict(line.split() for line in KEPT.read_text().splitlines() if not line.startswith('#'))
@@ -227,7 +211,7 @@ class Proof(InABrowser):
             self.assertEqual(got, sum, name)
 
 
-class Nodes(InABrowser):
+class Nodes(Live):
     def results(self, family):
         return f'[...document.querySelectorAll("#{family} output .lane > :first-child")].map((lane) => lane.textContent)'
 
@@ -305,7 +289,7 @@ class Nodes(InABrowser):
         self.browser.until(f'Math.abs({numbers}("XYZ")[2]) < 1e-4')
 
 
-class Playground(InABrowser):
+class Playground(Live):
     STATUS = 'document.querySelector("#playground .status").textContent'
 
     def take(self, graph, **options):
@@ -370,7 +354,7 @@ class Playground(InABrowser):
         self.browser.until('document.querySelector("#playground .status")?.textContent.startsWith("5 frames")')
 
 
-class Everybody(InABrowser):
+class Everybody(Live):
     """What axe-core has to say, and what it cannot see."""
 
     def test_no_request_leaves(self):
@@ -425,7 +409,7 @@ class Everybody(InABrowser):
         self.browser.until('document.querySelector("#EulerToQuaternion .rotation").innerHTML !== arguments[0]', before)
 
 
-class Audit(InABrowser):
+class Audit(Live):
     def test_axe_finds_nothing(self):
         axe = AXE.read_text()
         for size, scheme in ((DESKTOP, 'light'), (DESKTOP, 'dark'), (PHONE, 'light')):
@@ -452,13 +436,13 @@ class Audit(InABrowser):
 
 def renew(nodus):
     """Asks the portable command, which is what the page is held to."""
-    browser = Browser(FOLDER)
+    page = browser.Browser()
     try:
-        browser.open()
-        browser.until("performance.getEntriesByName('computes').length > 0")
-        types = browser.run(TYPES)
+        page.open()
+        page.until("performance.getEntriesByName('computes').length > 0")
+        types = page.run(TYPES)
     finally:
-        browser.quit()
+        page.quit()
     with concurrent.futures.ThreadPoolExecutor(2) as pool, tempfile.TemporaryDirectory() as folder:
         sums = list(pool.map(lambda type: told_by_command(nodus, type), types))
         picture = pathlib.Path(folder, 'clouds.png')
