@@ -18,9 +18,9 @@ template <typename T> Quaternion axisAndAngleToQuaternion(T const& axis, Float a
 
 void NodusAxisAndAngleToQuaternion_Float3_Solve(void const* in, void* out) noexcept
 {
-    solve<axisAndAngleToQuaternion<Float3>>(in, out);
+    solveLanesApart<axisAndAngleToQuaternion<Float3>>(in, out);
 }
 void NodusAxisAndAngleToQuaternion_Float4_Solve(void const* in, void* out) noexcept
 {
-    solve<axisAndAngleToQuaternion<Float4>>(in, out);
+    solveLanesApart<axisAndAngleToQuaternion<Float4>>(in, out);
 }

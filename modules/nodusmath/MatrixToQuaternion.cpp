@@ -20,5 +20,5 @@ Quaternion matrixToQuaternion(Matrix4x4 const& matrix) noexcept
 
 void NodusMatrixToQuaternion_Solve(void const* in, void* out) noexcept
 {
-    solveByKernel<matrixToQuaternion>(in, out);
+    solve<matrixToQuaternion>(in, out);
 }

@@ -27,5 +27,5 @@ void NodusRotateVector_Float3_Solve(void const* in, void* out) noexcept
 }
 void NodusRotateVector_Float4_Solve(void const* in, void* out) noexcept
 {
-    solve<rotateFour>(in, out);
+    solveLanesApart<rotateFour>(in, out);
 }

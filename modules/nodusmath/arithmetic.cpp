@@ -404,8 +404,11 @@ void NodusConj_Quat_Solve(void const* in, void* out) noexcept { solve<conjugateO
 void NodusInv_Quat_Solve(void const* in, void* out) noexcept { solve<inverseOf>(in, out); }
 void NodusNorm_Quat_Solve(void const* in, void* out) noexcept { solve<unitOf>(in, out); }
 void NodusLerp_Quat_Solve(void const* in, void* out) noexcept { solve<lerp>(in, out); }
-void NodusSlerp_Quat_Solve(void const* in, void* out) noexcept { solveByKernel<slerp>(in, out); }
-void NodusQuatArcRotate_Solve(void const* in, void* out) noexcept { solve<arcRotation>(in, out); }
+void NodusSlerp_Quat_Solve(void const* in, void* out) noexcept { solve<slerp>(in, out); }
+void NodusQuatArcRotate_Solve(void const* in, void* out) noexcept
+{
+    solveLanesApart<arcRotation>(in, out);
+}
 void NodusEulerToQuaternion_Solve(void const* in, void* out) noexcept
 {
     solveByKernel<eulerToQuaternion>(in, out);

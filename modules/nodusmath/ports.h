@@ -181,13 +181,6 @@ template <auto function>
 {
     EntryPoint<decltype(function)>::template solve<function>(in, workspace, nullptr);
 }
-// For functions of which loops over rows make no vectors, since rows go different ways or are too
-// large, or of what only the module has: over rows, its kernel serves as well.
-template <auto function>
-[[gnu::always_inline]] inline void solveByKernel(void const* in, void* out) noexcept
-{
-    solve<function>(in, out);
-}
 #elif defined(NODUS_DESCRIBE_PORTS)
 // The same sources, built once more so that the catalogue can be held against the functions
 // themselves: every entry point writes its ports in words to a std::string.
@@ -199,13 +192,26 @@ template <auto function> void solve(void const*, void*, void* text)
 {
     *static_cast<std::string*>(text) = EntryPoint<decltype(function)>::describe();
 }
-template <auto function> void solveByKernel(void const* in, void* text)
-{
-    solve<function>(in, text);
-}
 template <auto function> void initialize(void const*, void* text)
 {
     *static_cast<std::string*>(text) = EntryPoint<decltype(function)>::describe();
+}
+#endif
+
+#ifndef NODUS_ROWS
+// For functions of which loops over rows make no vectors, since rows go different ways or are too
+// large, or of what only the module has: over rows, its kernel serves as well.
+template <auto function>
+[[gnu::always_inline]] inline void solveByKernel(void const* in, void* out) noexcept
+{
+    solve<function>(in, out);
+}
+// For functions that do not compute all of their result's four lanes alike: over rows, each lane
+// has an array of its own until the end.
+template <auto function>
+[[gnu::always_inline]] inline void solveLanesApart(void const* in, void* out) noexcept
+{
+    solve<function>(in, out);
 }
 #endif
 

@@ -31,6 +31,11 @@ struct RowsCall {
     std::int32_t const* frames;
 };
 
+// Where a loop has its results: as they are stored, or each of four lanes by itself. Compilers make
+// vectors of results whose lanes are computed alike as they lie. Of others they would store every
+// lane of every row by itself; kept apart, lanes are put together by shuffles.
+enum class Lanes { together, apart };
+
 // Room for the workspace of any node; the caller of an entry point has it.
 inline constexpr std::size_t kWorkspaceRoom = 64;
 
@@ -101,13 +106,13 @@ struct RowLoop<Result (*)(Parameters...) noexcept> {
     }();
     static constexpr auto kAll = std::index_sequence_for<Parameters...>{};
 
-    template <auto function>
+    template <auto function, Lanes lanes = Lanes::together>
     [[gnu::always_inline]] static void solve(RowsCall const& call, void* workspace) noexcept
     {
         if constexpr (needsFrames)
             rowByRow<function>(call, workspace, kAll);
         else
-            tileByTile<function>(call, kAll);
+            tileByTile<function, lanes>(call, kAll);
     }
 
     // By the module's own kernel, a block a row: for functions of what only the module has.
@@ -117,6 +122,12 @@ struct RowLoop<Result (*)(Parameters...) noexcept> {
     }
 
 private:
+    // A few tiles of the largest type fit the first-level cache.
+    using Returned = std::conditional_t<std::is_void_v<Result>, Bool, Result>;
+    static constexpr std::size_t kLargest =
+        std::max({sizeof(Returned), sizeof(Value<Parameters>)...});
+    static constexpr std::size_t kTile = std::min(std::size_t{512}, 4096 / kLargest);
+
     template <typename Parameter>
     [[gnu::always_inline]] static decltype(auto) argument(RowsCall const& call, std::size_t port,
                                                           std::size_t row, void* workspace)
@@ -145,14 +156,10 @@ private:
         }
     }
 
-    template <auto function, std::size_t... index>
+    template <auto function, Lanes lanes, std::size_t... index>
     [[gnu::always_inline]] static void tileByTile(RowsCall const& call,
                                                   std::index_sequence<index...>) noexcept
     {
-        // A few tiles of the largest type fit the first-level cache.
-        using Returned = std::conditional_t<std::is_void_v<Result>, Bool, Result>;
-        constexpr std::size_t kLargest = std::max({sizeof(Returned), sizeof(Value<Parameters>)...});
-        constexpr std::size_t kTile = std::min(std::size_t{512}, 4096 / kLargest);
         std::tuple<TileOfPort<Value<Parameters>, kTile>...> tiles{call.ports[kPorts[index]]...};
         auto const returned = std::is_void_v<Result> ? nodus::runtime::RowsOfPort{nullptr, 1}
                                                      : call.ports[kInputs + kReferences];
@@ -160,8 +167,12 @@ private:
         for (std::size_t begin = 0; begin < call.count; begin += kTile) {
             std::size_t const count = std::min(kTile, call.count - begin);
             // Outputs that a function takes may keep what they held: they are gathered, too.
-            loop<function>(count, results.place(begin),
-                           std::get<index>(tiles).gathered(begin, count)...);
+            if constexpr (lanes == Lanes::together)
+                loop<function>(count, results.place(begin),
+                               std::get<index>(tiles).gathered(begin, count)...);
+            else
+                loopApart<function>(count, results.place(begin),
+                                    std::get<index>(tiles).gathered(begin, count)...);
             if constexpr (!std::is_void_v<Result>)
                 results.scatter(begin, count);
             ((isOutput<Parameters> ? std::get<index>(tiles).scatter(begin, count) : void()), ...);
@@ -169,7 +180,7 @@ private:
     }
 
     // The ports do not overlap, which is what lets this become vectors.
-    template <auto function, typename Returned, typename... Values>
+    template <auto function, typename... Values>
     [[gnu::always_inline]] static void loop(std::size_t count, Returned* __restrict results,
                                             Values* __restrict... ports) noexcept
     {
@@ -178,6 +189,19 @@ private:
                 function(ports[i]...);
             else
                 ::new (results + i) Returned(function(ports[i]...));
+    }
+
+    template <auto function, typename... Values>
+    [[gnu::always_inline]] static void loopApart(std::size_t count, Returned* __restrict results,
+                                                 Values* __restrict... ports) noexcept
+    {
+        alignas(64) float x[kTile], y[kTile], z[kTile], w[kTile];
+        for (std::size_t i = 0; i < count; ++i) {
+            Returned const result = function(ports[i]...);
+            x[i] = result.x, y[i] = result.y, z[i] = result.z, w[i] = result.w;
+        }
+        for (std::size_t i = 0; i < count; ++i)
+            ::new (results + i) Returned{x[i], y[i], z[i], w[i]};
     }
 
     // Into a block, in the pieces in which a kernel reads it: larger ones that lie across two lines
@@ -230,6 +254,15 @@ template <auto function>
 [[gnu::always_inline]] inline void solve(void const* rows, void* needs) noexcept
 {
     solve<function>(rows, nullptr, needs);
+}
+template <auto function>
+[[gnu::always_inline]] inline void solveLanesApart(void const* rows, void* needs) noexcept
+{
+    using Loop = RowLoop<decltype(function)>;
+    if (rows == nullptr)
+        *static_cast<nodus::runtime::RowsOfKernel*>(needs) = Loop::kNeeds;
+    else
+        Loop::template solve<function, Lanes::apart>(*static_cast<RowsCall const*>(rows), nullptr);
 }
 template <auto function> inline void solveByKernel(void const* rows, void* needs) noexcept
 {

@@ -9,8 +9,10 @@
 
 #include <dlfcn.h>
 
+#include <cfenv>
 #include <cmath>
 #include <cstring>
+#include <iterator>
 #include <new>
 
 using namespace fixtures;
@@ -100,13 +102,19 @@ void callRowByRow(NodeType const& type, Blocks& in, Blocks& out, std::int32_t co
     }
 }
 
+FindRows library()
+{
+    catalogue();  // the kernels of which there are rows
+    static void* const opened = dlopen(NODUS_TEST_ROWS, RTLD_NOW | RTLD_LOCAL);
+    EXPECT_NE(opened, nullptr) << dlerror();
+    return reinterpret_cast<FindRows>(dlsym(opened, "nodusRowsOf"));
+}
+
 }  // namespace
 
 TEST(RowLoops, EveryKernelHasItsBitsInEveryRow)
 {
-    void* const library = dlopen(NODUS_TEST_ROWS, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(library, nullptr) << dlerror();
-    auto const rowsOf = reinterpret_cast<FindRows>(dlsym(library, "nodusRowsOf"));
+    FindRows const rowsOf = library();
     ASSERT_NE(rowsOf, nullptr);
     EXPECT_EQ(rowsOf("NodusAdd_Solve").solve, nullptr);
 
@@ -178,5 +186,27 @@ TEST(RowLoops, EveryKernelHasItsBitsInEveryRow)
             }
         }
     }
-    dlclose(library);
+}
+
+TEST(RowLoops, TheWayThatARowDoesNotTakeRaisesNoException)
+{
+    struct Quad {
+        float x, y, z, w;
+    };
+    // By turns on the arc, and on the chord of long ones: no cosine, and a sine of too many turns.
+    alignas(16) Quad a[64], b[64], slerped[64];
+    float t[64];
+    for (std::size_t row = 0; row < 64; ++row) {
+        a[row] = row % 2 == 0 ? Quad{1, 0, 0, 0} : Quad{1, 2, 3, 4};
+        b[row] = row % 2 == 0 ? Quad{0, 1, 0, 0} : Quad{1, 2, 4, 3};
+        t[row] = row % 2 == 0 ? 0.25f : 1e12f;
+    }
+    RowsOfPort const ports[] = {{a, sizeof *a}, {b, sizeof *b}, {t, sizeof *t}, {slerped, 16}};
+    FindRows const rowsOf = library();
+    ASSERT_NE(rowsOf, nullptr);
+    std::feclearexcept(FE_ALL_EXCEPT);
+    rowsOf("NodusSlerp_Quat_Solve").solve(std::size(a), ports, nullptr);
+    EXPECT_EQ(std::fetestexcept(FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW), 0);
+    EXPECT_NEAR(slerped[0].y, 0.3827f, 1e-4f);
+    EXPECT_NEAR(slerped[1].w, -0.7071f, 1e-4f);
 }

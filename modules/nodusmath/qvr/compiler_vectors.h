@@ -39,10 +39,18 @@ struct IntegerLanes {
 QVR_INLINE WordVector bitsOf(_vec4 v) noexcept { return std::bit_cast<WordVector>(v.lanes); }
 QVR_INLINE _vec4 fromBits(WordVector bits) noexcept { return {std::bit_cast<FloatVector>(bits)}; }
 
-// Four bit patterns: not those in memory, so that the compiler sees them.
+// Four bit patterns: not those in memory, so that the compiler sees them. Signs of some lanes are
+// read there all the same in loops, of which compilers make vectors as long as all lanes go through
+// the same operation: one that they saw to change nothing in a lane would be left out there.
 template <std::uint32_t x, std::uint32_t y, std::uint32_t z, std::uint32_t w>
-QVR_INLINE _vec4 patterns(std::uint32_t const (&)[4]) noexcept
+QVR_INLINE _vec4 patterns([[maybe_unused]] std::uint32_t const (&bits)[4]) noexcept
 {
+#ifdef QVR_PLAIN_LANES
+    constexpr bool isSigns = ((x | y | z | w) & 0x7FFFFFFFu) == 0;
+    if constexpr (isSigns && (x & y & z & w) == 0)
+        return {FloatVector{std::bit_cast<float>(bits[0]), std::bit_cast<float>(bits[1]),
+                            std::bit_cast<float>(bits[2]), std::bit_cast<float>(bits[3])}};
+#endif
     return {FloatVector{std::bit_cast<float>(x), std::bit_cast<float>(y), std::bit_cast<float>(z),
                         std::bit_cast<float>(w)}};
 }
@@ -167,6 +175,18 @@ QVR_INLINE _vec4 estimatedReciprocalRoot(_vec4 v) noexcept
                  qvr_reciprocal_root(v.lanes[2]), qvr_reciprocal_root(v.lanes[3]));
 }
 #endif
+
+// Of two ways the one that v is for is taken, or not. A loop over rows takes both and keeps one of
+// the results; so that the other raises no floating-point exception, it is given zeros.
+QVR_INLINE _vec4 onTheWay([[maybe_unused]] bool isTaken, _vec4 v) noexcept
+{
+#ifdef QVR_PLAIN_LANES
+    std::int32_t const mask = isTaken ? -1 : 0;
+    return fromBits(bitsOf(v) & WordVector{mask, mask, mask, mask});
+#else
+    return v;
+#endif
+}
 
 // Of four lanes, where the compiler has no vector operation.
 

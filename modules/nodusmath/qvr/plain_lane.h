@@ -35,6 +35,10 @@ template <std::floating_point T> QVR_INLINE T withoutWhole(T v) noexcept
 {
     return v == 0 ? v : v - static_cast<T>(toIntTruncating(v));
 }
+#if defined(QVR_PLAIN_LANES) && defined(__x86_64__)
+// By the conversion of the processor, which g++ has for vectors, too.
+QVR_INLINE float wholeNearest(float v) noexcept { return static_cast<float>(__builtin_irintf(v)); }
+#else
 // Ties to even: from 2^23 on every float is whole, and below a sum with that is rounded to one.
 QVR_INLINE float wholeNearest(float v) noexcept
 {
@@ -42,6 +46,7 @@ QVR_INLINE float wholeNearest(float v) noexcept
     float const whole = size < 0x1p23f ? (size + 0x1p23f) - 0x1p23f : size;
     return hasInteger(v) ? __builtin_copysignf(whole, v) + 0.0f : -0x1p31f;
 }
+#endif
 QVR_INLINE float wholeBelow(float v) noexcept
 {
     float const nearest = wholeNearest(v);

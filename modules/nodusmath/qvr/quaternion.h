@@ -47,17 +47,14 @@ template <typename A, typename B> QVR_INLINE _vec4 hamiltonProduct(A a, B b) noe
 // The opposite rotation of a unit quaternion; by the sign bits, so 0 becomes -0.
 QVR_INLINE _vec4 conjugate(_vec4 q) noexcept { return bitXor(q, kVectorSigns); }
 
-// Rotation at t on the chord from a to b, which lies on a's side; t is not clamped.
-QVR_INLINE _vec4 alongChord(_vec4 a, _vec4 b, _vec4 t) noexcept
-{
-    return normalizeFast(a + t * (b - a));
-}
+// The point at t on the chord from a to b; t is not clamped.
+QVR_INLINE _vec4 onChord(_vec4 a, _vec4 b, _vec4 t) noexcept { return a + t * (b - a); }
 
 // Rotation at t on the shorter chord from a to b. q and -q are one rotation: the copy of b on a's
 // side is taken. The sign bit, not a comparison with 0, decides, so -0 is the other side.
 QVR_INLINE _vec4 lerp(_vec4 a, _vec4 b, _vec4 t) noexcept
 {
-    return alongChord(a, bitXor(b, signOf(dot4(a, b))), t);
+    return normalizeFast(onChord(a, bitXor(b, signOf(dot4(a, b))), t));
 }
 
 // Rotation at t on the shorter arc from a to b. t is not clamped: outside [0, 1] the arc goes on.
@@ -68,17 +65,22 @@ QVR_INLINE _vec4 slerp(_vec4 a, _vec4 b, _vec4 t) noexcept
     _vec4 const near = bitXor(b, signOf(d));
     _vec4 const cosine = magnitude(d);
 
-    // "Not less" instead of "greater or equal": a NaN cosine must take the chord.
-    if (!(lane0(cosine) < kNearlyParallel))
-        return alongChord(a, near, t);
-
-    // Lanes x and z share one dot product, y and w the other: the first pair of lanes has both
-    // angles, and one polynomial serves the sines of both parts. The usual division by sin(theta)
-    // is left out: normalising the sum replaces it.
-    _vec4 const theta = kHalfPi - asinOfMagnitude(cosine);
-    _vec4 const past = t * theta;
-    _vec4 const sines = sinPoly(firstPairs(theta - past, past));
-    return normalizeFast(firstPairs(sines, sines) * a + lastPairs(sines, sines) * near);
+    // "Less" instead of "not greater or equal": a NaN cosine must take the chord.
+    bool const isOnArc = lane0(cosine) < kNearlyParallel;
+    _vec4 const cosineOfArc = onTheWay(isOnArc, cosine), part = onTheWay(isOnArc, t);
+    _vec4 sum;
+    if (!isOnArc) {
+        sum = onChord(a, near, t);
+    } else {
+        // Lanes x and z share one dot product, y and w the other: the first pair of lanes has both
+        // angles, and one polynomial serves the sines of both parts. The usual division by
+        // sin(theta) is left out: normalising the sum replaces it.
+        _vec4 const theta = kHalfPi - asinOfMagnitude(cosineOfArc);
+        _vec4 const past = part * theta;
+        _vec4 const sines = sinPoly(firstPairs(theta - past, past));
+        sum = firstPairs(sines, sines) * a + lastPairs(sines, sines) * near;
+    }
+    return normalizeFast(sum);
 }
 
 // What:   v rotated by q in x, y and z: (2 w^2 - 1) v + 2 (u . v) u + 2 w (u x v), u the vector

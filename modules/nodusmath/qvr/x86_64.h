@@ -154,6 +154,10 @@ QVR_INLINE bool holdsInAny(_vec4 comparison) noexcept
     return _mm_movemask_ps(comparison.lanes) != 0;
 }
 
+// v itself: where one of two ways is taken, v is for that way alone. Of loops that take both of
+// them, see compiler_vectors.h.
+QVR_INLINE _vec4 onTheWay(bool, _vec4 v) noexcept { return v; }
+
 // a < b ? a : b and a > b ? a : b: a NaN on either side, and two zeros of either sign, give b.
 QVR_INLINE _vec4 minimum(_vec4 a, _vec4 b) noexcept { return {_mm_min_ps(a.lanes, b.lanes)}; }
 QVR_INLINE _vec4 maximum(_vec4 a, _vec4 b) noexcept { return {_mm_max_ps(a.lanes, b.lanes)}; }
