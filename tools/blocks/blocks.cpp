@@ -24,7 +24,7 @@ template <typename T> std::string floatingLiteral(std::byte const* bytes, char c
     T const value = host::load<T>(bytes);
     if (!std::isfinite(value))
         throw host::Fault("a header cannot hold a default that is not finite");
-    char digits[32];
+    char digits[host::kNumberRoom];
     std::string text(digits, host::writeShortest(digits, value));
     if (text.find_first_of(".e") == text.npos)
         text += ".0";

@@ -25,6 +25,9 @@ constexpr std::size_t kMostFaults = 20;
 // A kernel over rows does about this many rows in the time of one call of a kernel.
 constexpr std::size_t kRowsAreFaster = 8;
 
+// A batch with so many characters of a table is not made longer.
+constexpr std::size_t kLongBatch = std::size_t{64} * 1024;
+
 // A stretch of frames on its way from the reader to the writer.
 struct Batch {
     // Held by the stage that works on it. The pipeline keeps the stages apart as well, but by means
@@ -135,14 +138,15 @@ private:
         Batch& batch = m_batches[m_nextBatch++ % m_batches.size()];
         std::scoped_lock const lock(batch.turn);
         batch.clear();
-        while (batch.frames.size() < m_batchFrames && !m_isRead && readFrame(batch)) {
+        while (batch.frames.size() < m_batchFrames && !m_isRead && readFrames(batch)) {
         }
         if (batch.frames.empty() && batch.readerFault.empty())
             control.stop();
         return &batch;
     }
 
-    bool readFrame(Batch& batch)
+    // Whether the batch has room for more.
+    bool readFrames(Batch& batch)
     {
         FrameRange const range =
             m_options.frames
@@ -156,26 +160,35 @@ private:
             return false;
         }
         std::int32_t const frame = range.at(m_index);
-        if (m_options.table != nullptr && !readRow(batch, frame)) {
+        std::size_t count = 1;
+        if (m_options.table != nullptr) {
+            std::uint64_t const most =
+                range.step != 1 ? 1
+                                : std::min<std::uint64_t>(range.count() - m_index,
+                                                          m_batchFrames - batch.frames.size());
+            count = readRows(batch, frame, most);
+        }
+        if (count == 0) {
             m_isRead = true;
             if (m_options.frames)
                 batch.readerFault = outsideTable(frame);
             return false;
         }
-        batch.frames.push_back(frame);
-        ++m_index;
-        return true;
+        for (; count != 0; --count)
+            batch.frames.push_back(range.at(m_index++));
+        return batch.table.rows.text.size() < kLongBatch;
     }
 
-    bool readRow(Batch& batch, std::int32_t frame)
+    // Of that frame and those behind it; how many.
+    std::size_t readRows(Batch& batch, std::int32_t frame, std::size_t most)
     {
         if (m_window)
-            return m_window->add(frame, batch.table);
+            return m_window->add(frame, batch.table) ? 1 : 0;
         TableReader& table = *m_options.table;
         while (table.rowsRead() < static_cast<std::uint64_t>(frame))
             if (!table.skipRow())
-                return false;
-        return table.readRow(batch.table.rows);
+                return 0;
+        return table.readRows(batch.table.rows, most);
     }
 
     std::string outsideTable(std::int32_t frame) const

@@ -24,7 +24,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::size_t kPendingSize = std::size_t{128} * 1024;
+constexpr std::size_t kPendingSize = std::size_t{16} * 1024;
 
 // Temporary names that exist right now, where a signal handler finds them.
 struct TemporaryName {

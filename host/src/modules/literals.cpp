@@ -177,7 +177,7 @@ std::string readValue(JsonValue const& literal, Value& value)
 std::string valueText(ValueType const& type, std::byte const* bytes, std::string_view text)
 {
     auto const number = [&]<typename T>(T value) {
-        char digits[32];
+        char digits[kNumberRoom];
         if constexpr (std::is_floating_point_v<T>)
             return std::string(digits, writeShortest(digits, value));
         else

@@ -67,7 +67,7 @@ std::string understandUnit(JsonValue& literal, std::string_view wanted)
         return wrong;
     std::string written(number);
     if (unit->inRadians != port->inRadians) {
-        std::array<char, 32> shortest;
+        std::array<char, kNumberRoom> shortest;
         written.assign(shortest.data(),
                        writeShortest(shortest.data(), value * unit->inRadians / port->inRadians));
     }

@@ -11,6 +11,10 @@
 #include <string>
 #include <string_view>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace nodus::host {
 
 inline std::string_view withoutBlanks(std::string_view field)
@@ -20,6 +24,20 @@ inline std::string_view withoutBlanks(std::string_view field)
     while (!field.empty() && (field.back() == ' ' || field.back() == '\t'))
         field.remove_suffix(1);
     return field;
+}
+
+// A bit for each of 16 characters that is c.
+inline std::uint32_t whichAre(char c, char const* sixteen)
+{
+#ifdef __SSE2__
+    __m128i const text = _mm_loadu_si128(reinterpret_cast<__m128i const*>(sixteen));
+    return static_cast<std::uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(text, _mm_set1_epi8(c))));
+#else
+    std::uint32_t bits = 0;
+    for (int i = 0; i < 16; ++i)
+        bits |= std::uint32_t{sixteen[i] == c} << i;
+    return bits;
+#endif
 }
 
 // From field to field. Blanks around a field without quotes do not belong to it.
@@ -53,6 +71,27 @@ public:
             return next(scratch);
         m_next = comma == m_end ? nullptr : comma + 1;
         return true;
+    }
+
+    // That, up to so many times; how many.
+    std::size_t skip(std::size_t count, std::string& scratch)
+    {
+        std::size_t passed = 0;
+        char const* at = m_next;
+        while (passed != count && m_next != nullptr) {
+            if (m_end - at < 16 || whichAre('"', at) != 0) {
+                passed += skip(scratch) ? 1 : 0;
+                at = m_next;
+                continue;
+            }
+            for (std::uint32_t commas = whichAre(',', at); commas != 0 && passed != count;
+                 commas &= commas - 1) {
+                m_next = at + std::countr_zero(commas) + 1;
+                ++passed;
+            }
+            at += 16;
+        }
+        return passed;
     }
 
     // The next field, when it is a plain number: nothing else stands in it, and the type has it.

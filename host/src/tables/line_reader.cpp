@@ -3,19 +3,20 @@
 
 #include "nodus/host/diagnostics.h"
 
-#include <cstring>
+#include <algorithm>
+#include <utility>
 
 namespace nodus::host {
 
 namespace {
 
-constexpr std::size_t kBufferSize = std::size_t{256} * 1024;
+constexpr std::size_t kBlockSize = std::size_t{128} * 1024;
 constexpr std::size_t kLongestLine = std::size_t{64} * 1024 * 1024;
 
 }  // namespace
 
 LineReader::LineReader(std::string const& path, LineEnds ends)
-    : m_file(path), m_ends(ends), m_buffer(new char[kBufferSize]), m_capacity(kBufferSize)
+    : m_file(path), m_ends(ends), m_blockSize(kBlockSize)
 {
 }
 
@@ -29,7 +30,7 @@ double LineReader::fractionRead() const
 void LineReader::skipByteOrderMark()
 {
     refill();
-    if (m_end - m_begin >= 3 && std::memcmp(m_buffer.get() + m_begin, "\xEF\xBB\xBF", 3) == 0)
+    if (m_block.view().starts_with("\xEF\xBB\xBF"))
         m_begin += 3;
 }
 
@@ -38,69 +39,100 @@ bool LineReader::refill()
 {
     if (m_atEnd)
         return false;
-    if (m_begin != 0) {
-        std::memmove(m_buffer.get(), m_buffer.get() + m_begin, m_end - m_begin);
-        m_end -= m_begin;
-        m_begin = 0;
-    }
-    if (m_end == m_capacity) {
-        if (m_capacity >= kLongestLine)
+    m_block.dropFront(std::exchange(m_begin, 0));
+    if (m_block.size() == m_blockSize) {
+        if (m_blockSize >= kLongestLine)
             throw Fault(name() + ":" + std::to_string(m_line) + ": the line is too long");
-        std::unique_ptr<char[]> larger(new char[2 * m_capacity]);
-        std::memcpy(larger.get(), m_buffer.get(), m_end);
-        m_buffer = std::move(larger);
-        m_capacity *= 2;
+        m_blockSize *= 2;
     }
-    std::size_t const got = m_file.read(m_buffer.get() + m_end, m_capacity - m_end);
+    std::size_t const room = m_blockSize - m_block.size();
+    m_block.reserve(room);
+    std::size_t const got = m_file.read(m_block.room(), room);
+    m_block.takeIn(got);
     m_bytesRead += got;
-    m_end += got;
     m_atEnd = got == 0;
     if (m_atEnd && m_bytesRead < m_file.size())
         throw Fault(name() + ": became shorter while it was read");
     m_hasQuotes =
-        m_ends == LineEnds::outsideQuotes && std::memchr(m_buffer.get(), '"', m_end) != nullptr;
+        m_ends == LineEnds::outsideQuotes && m_block.view().find('"') != m_block.view().npos;
     return !m_atEnd;
+}
+
+char const* LineReader::findEnd(Search& search) const
+{
+    std::string_view const rest = m_block.view().substr(m_begin);
+    if (!m_hasQuotes) {
+        std::size_t const end = rest.find('\n', search.searched);
+        search.searched = rest.size();
+        return end == rest.npos ? nullptr : rest.data() + end;
+    }
+    for (; search.searched < rest.size(); ++search.searched) {
+        char const c = rest[search.searched];
+        if (c == '"')
+            search.isInQuotes = !search.isInQuotes;
+        else if (c == '\n' && search.isInQuotes)
+            ++search.innerLines;
+        else if (c == '\n')
+            return rest.data() + search.searched;
+    }
+    return nullptr;
+}
+
+LineReader::Line LineReader::take(std::size_t length, bool isWhole, std::uint64_t innerLines)
+{
+    Line const line{m_block.view().substr(m_begin, length), m_line, isWhole};
+    m_begin += length + (isWhole ? 1 : 0);
+    m_line += 1 + innerLines;
+    return line;
 }
 
 // A line of the file, or several of them when a quoted field goes over the end of a line.
 std::optional<LineReader::Line> LineReader::next()
 {
-    std::size_t searched = 0;
-    bool isInQuotes = false;
-    std::uint64_t innerLines = 0;
+    Search search;
     for (;;) {
-        char const* const begin = m_buffer.get() + m_begin;
-        std::size_t const size = m_end - m_begin;
-        char const* end = nullptr;
-        if (!m_hasQuotes) {
-            end = size == searched ? nullptr
-                                   : static_cast<char const*>(
-                                         std::memchr(begin + searched, '\n', size - searched));
-            searched = size;
-        } else {
-            for (; searched < size && end == nullptr; ++searched) {
-                char const c = begin[searched];
-                if (c == '"')
-                    isInQuotes = !isInQuotes;
-                else if (c == '\n' && isInQuotes)
-                    ++innerLines;
-                else if (c == '\n')
-                    end = begin + searched;
-            }
-        }
-        if (end == nullptr && refill())
+        char const* const begin = m_block.view().data() + m_begin;
+        if (char const* const end = findEnd(search))
+            return take(static_cast<std::size_t>(end - begin), true, search.innerLines);
+        if (refill())
             continue;
-        if (end == nullptr && m_begin == m_end)
+        if (m_begin == m_block.size())
             return std::nullopt;
-        // refill may have moved the text.
-        char const* const from = m_buffer.get() + m_begin;
-        std::size_t const length =
-            end != nullptr ? static_cast<std::size_t>(end - from) : m_end - m_begin;
-        m_begin += length + (end != nullptr ? 1 : 0);
-        Line const line{{from, length}, m_line, end != nullptr};
-        m_line += 1 + innerLines;
-        return line;
+        return take(m_block.size() - m_begin, false, search.innerLines);
     }
+}
+
+std::optional<LineReader::Line> LineReader::nextOfBlock()
+{
+    Search search;
+    char const* const begin = m_block.view().data() + m_begin;
+    char const* const end = findEnd(search);
+    if (end == nullptr)
+        return std::nullopt;
+    return take(static_cast<std::size_t>(end - begin), true, search.innerLines);
+}
+
+void LineReader::putBack(Line const& line)
+{
+    m_begin = static_cast<std::size_t>(line.text.data() - m_block.view().data());
+    m_line = line.number;
+}
+
+std::size_t LineReader::handOver(char const* from, TextBuffer& to)
+{
+    std::string_view const block = m_block.view();
+    auto const begin = static_cast<std::size_t>(from - block.data());
+    std::size_t const end = m_begin;
+    if (to.size() != 0 || block.size() - end > end - begin) {
+        to.append(block.substr(begin, end - begin));
+        return to.size() - (end - begin);
+    }
+    std::swap(m_block, to);
+    m_block.append(to.view().substr(end));
+    m_begin = 0;
+    // A long line makes no later block long.
+    m_blockSize = std::max(kBlockSize, m_block.size());
+    return begin;
 }
 
 }  // namespace nodus::host

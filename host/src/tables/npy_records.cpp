@@ -158,7 +158,7 @@ bool storeNumber(char const* record, NpyField const& field, TypeId type, std::by
 std::string numberText(char const* record, NpyField const& field)
 {
     return withNumber(record, field, [](auto number) {
-        char digits[32];
+        char digits[kNumberRoom];
         if constexpr (std::is_floating_point_v<decltype(number)>)
             return std::string(digits, writeShortest(digits, number));
         else

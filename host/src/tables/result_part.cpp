@@ -103,9 +103,7 @@ std::optional<std::int32_t> Part::frameOfLine(bool isFirst)
     switch (m_format) {
     case PartFormat::csv: {
         FieldWalk walk(rest);
-        std::size_t fields = 0;
-        while (walk.skip(m_scratch))
-            ++fields;
+        std::size_t const fields = walk.skip(SIZE_MAX, m_scratch);
         auto const frame = takeFrame(rest);
         bool const isEnd = rest.empty() || rest.front() == ',';
         return isEnd && !walk.isBroken() && fields == m_names.size() ? frame : std::nullopt;

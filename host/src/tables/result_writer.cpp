@@ -110,9 +110,9 @@ ResultWriter::ResultWriter(Plan const& plan, ResultFormat format) : m_format(for
         addCells(output);
     m_header += isCsv ? "\n" : "";
     m_end += isCsv ? "\n" : "}\n";
-    m_fixedSize = m_start.size() + m_end.size() + 32;
+    m_fixedSize = m_start.size() + m_end.size() + kNumberRoom;
     for (Cell const& cell : m_cells)
-        m_fixedSize += cell.before.size() + 32;
+        m_fixedSize += cell.before.size() + kNumberRoom;
 }
 
 ResultWriter::~ResultWriter() = default;

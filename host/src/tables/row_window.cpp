@@ -14,10 +14,10 @@ void RowsOfFrames::clear()
 
 bool RowWindow::readNext()
 {
-    TableRows read;
-    if (!m_table.readRow(read))
+    m_read.clear();
+    if (!m_table.readRow(m_read))
         return false;
-    m_rows.push_back({std::string(read.row(0)), read.rows.front().line});
+    m_rows.push_back({std::string(m_read.row(0)), m_read.rows.front().line});
     return true;
 }
 
@@ -41,8 +41,9 @@ bool RowWindow::add(std::int32_t frame, RowsOfFrames& to)
         auto const [known, isNew] = to.m_index.try_emplace(row, to.rows.rows.size());
         if (isNew) {
             Kept const& kept = m_rows[static_cast<std::size_t>(row - m_first)];
+            std::size_t const begin = to.rows.text.size();
             to.rows.text.append(kept.text);
-            to.rows.rows.push_back({to.rows.text.size(), kept.line});
+            to.rows.rows.push_back({begin, to.rows.text.size(), kept.line});
         }
         to.uses.push_back({known->second, row != wanted});
     }

@@ -49,6 +49,7 @@ private:
 
     TableReader& m_table;
     std::vector<std::int32_t> m_shifts;
+    TableRows m_read;
     std::deque<Kept> m_rows;
     std::int64_t m_first = 0;  // the number of the first that is kept
 };

@@ -1,13 +1,14 @@
 // Reading tables: the header, then row by row.
 #include "nodus/host/table.h"
 
-#include <filesystem>
-#include <unordered_map>
-
 #include "csv_fields.h"
 #include "nodus/host/bvh.h"
 #include "npy_records.h"
 #include "npz_records.h"
+
+#include <filesystem>
+#include <span>
+#include <unordered_map>
 
 namespace nodus::host {
 
@@ -81,57 +82,87 @@ void TableReader::readHeader(std::string const& path)
         throw Fault(name() + ":1: a quoted name does not end, or goes on behind its quote");
 }
 
+namespace {
+
 // A line may end in CR LF.
-std::optional<LineReader::Line> TableReader::nextLine()
+std::optional<LineReader::Line> withoutReturn(std::optional<LineReader::Line> line)
 {
-    auto line = m_lines->next();
     if (line && line->text.ends_with('\r'))
         line->text.remove_suffix(1);
     return line;
 }
 
+}  // namespace
+
+std::optional<LineReader::Line> TableReader::nextLine() { return withoutReturn(m_lines->next()); }
+
 std::optional<LineReader::Line> TableReader::nextRow()
 {
-    if (m_blankLines == 0 && !m_afterBlank) {
-        auto const line = nextLine();
+    if (m_blankRows == 0) {
+        auto line = nextLine();
         if (!line || !line->text.empty())
             return line;
-        m_blankLines = 1;
-        std::optional<LineReader::Line> next;
-        while ((next = nextLine()) && next->text.empty())
-            ++m_blankLines;
-        if (!next) {
-            m_blankLines = 0;
+        std::uint64_t const first = line->number;
+        do
+            line = nextLine();
+        while (line && line->text.empty());
+        if (!line)
             return std::nullopt;
-        }
-        // The buffer may move before this line's turn.
-        m_kept.assign(next->text.data(), next->text.size());
-        m_afterBlank = LineReader::Line{m_kept, next->number, next->isWhole};
+        m_lines->putBack(*line);
+        m_afterBlank = line->number;
+        m_blankRows = m_afterBlank - first;
     }
-    if (m_blankLines != 0)
-        return LineReader::Line{{}, m_afterBlank->number - m_blankLines--, true};
-    auto const line = m_afterBlank;
-    m_afterBlank.reset();
-    return line;
+    return LineReader::Line{{}, m_afterBlank - m_blankRows--, true};
 }
 
-bool TableReader::readRow(TableRows& rows)
+std::size_t TableReader::readRows(TableRows& rows, std::size_t most)
 {
-    if (m_records != nullptr) {
-        if (!m_records->next(&rows.text))
-            return false;
-        rows.rows.push_back({rows.text.size(), m_rowsRead++});
-        return true;
-    }
-    if (m_frames)
-        return readFrame(&rows);
-    auto const line = nextRow();
-    if (!line)
+    if (m_records == nullptr && !m_frames)
+        return readLines(rows, most);
+    std::size_t count = 0;
+    while (count < most && (m_frames ? readFrame(&rows) : readRecord(rows)))
+        ++count;
+    return count;
+}
+
+bool TableReader::readRecord(TableRows& rows)
+{
+    std::size_t const begin = rows.text.size();
+    if (!m_records->next(&rows.text))
         return false;
-    rows.text.append(line->text);
-    rows.rows.push_back({rows.text.size(), line->number});
-    ++m_rowsRead;
+    rows.rows.push_back({begin, rows.text.size(), m_rowsRead++});
     return true;
+}
+
+std::size_t TableReader::readLines(TableRows& rows, std::size_t most)
+{
+    auto line = nextRow();
+    if (!line)
+        return 0;
+    std::size_t const known = rows.rows.size();
+    char const* const first = line->text.data();
+    auto const place = [first](char const* at) { return static_cast<std::size_t>(at - first); };
+    auto const add = [&](LineReader::Line const& row) {
+        std::size_t const begin = place(row.text.data());
+        rows.rows.push_back({begin, begin + row.text.size(), row.number});
+    };
+    add(*line);
+    if (first != nullptr) {
+        while (rows.rows.size() - known < most && (line = withoutReturn(m_lines->nextOfBlock()))) {
+            if (line->text.empty()) {
+                m_lines->putBack(*line);
+                break;
+            }
+            add(*line);
+        }
+        std::size_t const begin = m_lines->handOver(first, rows.text);
+        for (TableRows::Row& row : std::span(rows.rows).subspan(known)) {
+            row.begin += begin;
+            row.end += begin;
+        }
+    }
+    m_rowsRead += rows.rows.size() - known;
+    return rows.rows.size() - known;
 }
 
 // A line of motion capture as a row like others: commas in place of the blanks.
@@ -149,6 +180,7 @@ bool TableReader::readFrame(TableRows* rows)
                     ": one more frame than the header says, " + std::to_string(*m_frames));
     if (rows == nullptr)
         return true;
+    std::size_t const from = rows->text.size();
     std::string_view rest = line->text;
     for (bool isFirst = true;; isFirst = false) {
         std::size_t const begin = rest.find_first_not_of(kBlanks);
@@ -159,7 +191,7 @@ bool TableReader::readFrame(TableRows* rows)
         rows->text.append(rest.substr(begin, end - begin));
         rest.remove_prefix(end);
     }
-    rows->rows.push_back({rows->text.size(), line->number});
+    rows->rows.push_back({from, rows->text.size(), line->number});
     return true;
 }
 

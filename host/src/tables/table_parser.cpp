@@ -82,11 +82,9 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
     std::string scratch;
     std::size_t column = 0;
     for (auto target = targets.begin(); target != targets.end(); ++column) {
-        if (target->column != column) {
-            if (!walk.skip(scratch))
-                break;
-            continue;
-        }
+        column += walk.skip(target->column - column, scratch);
+        if (column != target->column)
+            break;
         bool const isOnly = target + 1 == targets.end() || target[1].column != column;
         if (isOnly && !target->inDegrees &&
             readPlainNumber(walk, target->type->id, evaluator.at(target->place, i))) {
@@ -98,8 +96,7 @@ void TableParser::parse(std::string_view row, std::uint64_t line, Evaluator& eva
         for (; target != targets.end() && target->column == column; ++target)
             store(walk.field(), *target, line, evaluator.at(target->place, i), diagnostics);
     }
-    while (walk.skip(scratch))
-        ++column;
+    column += walk.skip(SIZE_MAX, scratch);
     if (walk.isBroken())
         diagnostics.add(where(line) + ": a quoted field does not end, or goes on behind its quote");
     else if (column != m_columns.size())

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "nodus/host/input_file.h"
+#include "nodus/host/text_buffer.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -41,16 +41,34 @@ public:
     void skipByteOrderMark();
     // The next line; nothing at the end of the file.
     std::optional<Line> next();
+    // The next line when all of it has been read already: lines before it stay valid. Nothing
+    // otherwise.
+    std::optional<Line> nextOfBlock();
+    // That line, the last one, comes once more.
+    void putBack(Line const& line);
+    // Hands over the text from the beginning of a line that is still valid to where the next one
+    // begins. Returns where it lies in the buffer: behind what is there, or in the block that was
+    // read itself, if that is less to copy.
+    std::size_t handOver(char const* from, TextBuffer& to);
 
 private:
+    struct Search {
+        std::size_t searched = 0;  // characters behind m_begin
+        bool isInQuotes = false;
+        std::uint64_t innerLines = 0;
+    };
+    // The line feed, or null.
+    char const* findEnd(Search& search) const;
+    Line take(std::size_t length, bool isWhole, std::uint64_t innerLines);
     bool refill();
 
     InputFile m_file;
     LineEnds m_ends;
-    std::unique_ptr<char[]> m_buffer;
-    std::size_t m_capacity = 0, m_begin = 0, m_end = 0;
+    TextBuffer m_block;
+    std::size_t m_begin = 0;  // of the next line in the block
+    std::size_t m_blockSize;
     bool m_atEnd = false;
-    bool m_hasQuotes = false;  // anywhere between begin and end, where they matter
+    bool m_hasQuotes = false;  // anywhere in the block, where they matter
     std::uint64_t m_line = 1, m_bytesRead = 0;
 };
 

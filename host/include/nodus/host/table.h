@@ -22,11 +22,11 @@ namespace nodus::host {
 class Records;
 struct NpyField;
 
-// Rows as they stand in the file, copied out of the reader.
+// Rows as they stand in the file, taken out of the reader.
 struct TableRows {
     struct Row {
-        std::size_t end;     // in text; it begins where the row before ends
-        std::uint64_t line;  // in the file, counted from 1; of an array the row, counted from 0
+        std::size_t begin, end;  // in text
+        std::uint64_t line;      // in the file, counted from 1; of an array the row, counted from 0
     };
     TextBuffer text;
     std::vector<Row> rows;
@@ -38,8 +38,7 @@ struct TableRows {
     }
     std::string_view row(std::size_t i) const
     {
-        std::size_t const begin = i == 0 ? 0 : rows[i - 1].end;
-        return text.view().substr(begin, rows[i].end - begin);
+        return text.view().substr(rows[i].begin, rows[i].end - rows[i].begin);
     }
 };
 
@@ -69,7 +68,10 @@ public:
     double fractionRead() const;
 
     // Adds the next row; false when there is none.
-    bool readRow(TableRows& rows);
+    bool readRow(TableRows& rows) { return readRows(rows, 1) != 0; }
+    // Adds one row or more, up to that many, as they come without waiting for the file once more.
+    // Returns how many; 0 when there is none.
+    std::size_t readRows(TableRows& rows, std::size_t most);
     // Passes over a row; false when there is none.
     bool skipRow();
 
@@ -78,6 +80,8 @@ private:
     std::optional<LineReader::Line> nextRow();
     void readHeader(std::string const& path);
     void readSkeleton(std::string const& path);
+    std::size_t readLines(TableRows& rows, std::size_t most);
+    bool readRecord(TableRows& rows);
     bool readFrame(TableRows* rows);
 
     std::string m_name;
@@ -88,9 +92,7 @@ private:
     std::optional<std::uint64_t> m_frames;  // that motion capture says it has
     std::uint64_t m_rowsRead = 0;
     // Blank lines are rows only when a row follows.
-    std::uint64_t m_blankLines = 0;
-    std::optional<LineReader::Line> m_afterBlank;
-    std::string m_kept;
+    std::uint64_t m_blankRows = 0, m_afterBlank = 0;  // how many to come, and the line behind
 };
 
 // A frame for each row, counted from 0. Reads the table to its end; since it is read once more when

@@ -26,6 +26,17 @@ public:
             grow(more);
     }
 
+    // Characters that somebody wrote into the room behind the text now belong to it.
+    char* room() { return m_text.get() + m_size; }
+    void takeIn(std::size_t more) { m_size += more; }
+    // Without characters from its beginning.
+    void dropFront(std::size_t count)
+    {
+        m_size -= count;
+        if (count != 0 && m_size != 0)
+            std::memmove(m_text.get(), m_text.get() + count, m_size);
+    }
+
     void append(std::string_view text)
     {
         // An empty view may have no address at all, which memcpy must not see.
@@ -49,11 +60,12 @@ public:
         if constexpr (std::is_floating_point_v<Number>)
             m_size += static_cast<std::size_t>(writeShortest(from, number) - from);
         else
-            m_size += static_cast<std::size_t>(std::to_chars(from, from + 32, number).ptr - from);
+            m_size += static_cast<std::size_t>(std::to_chars(from, from + kNumberRoom, number).ptr -
+                                               from);
     }
     template <typename Number> void appendNumber(Number number)
     {
-        reserve(32);
+        reserve(kNumberRoom);
         appendNumberUnchecked(number);
     }
 
