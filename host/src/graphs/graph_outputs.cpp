@@ -52,7 +52,9 @@ std::optional<GraphOutput> GraphReader::findOutput(std::string const& text, Plac
     bool const nodeAlone = text.find('.') == text.npos;
     if (nodeAlone && names.size() != 1) {
         fault(place,
-              inQuotes(path.node) + " has more than one output; say which: " + alternatives(names));
+              inQuotes(path.node) +
+                  (names.empty() ? " has no outputs"
+                                 : " has more than one output; say which: " + alternatives(names)));
         return std::nullopt;
     }
     Port const* const port =
