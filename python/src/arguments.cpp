@@ -162,7 +162,9 @@ std::string whyNotFrom(py::object const& integers, ValueType const& lane, bool i
 {
     if (PyArray_SIZE(asArray(integers)) == 0 || (isReal(lane.id) && isLiteral))
         return {};
-    auto const [least, greatest] = rangeOf(integers);
+    // By a name of its own: clang++ 14 takes no structured bindings into lambdas.
+    auto const range = rangeOf(integers);
+    py::object const &least = range.least, &greatest = range.greatest;
     auto const fits = [&](long long from, long long to) {
         return least >= py::int_(from) && greatest <= py::int_(to);
     };
@@ -224,11 +226,9 @@ std::string whyNot(py::object const& array, ArrayType const& type, bool isLitera
                               reinterpret_cast<PyArray_Descr*>(wanted.ptr()),
                               NPY_EQUIV_CASTING) != 0;
     int const from = PyArray_TYPE(asArray(array));
-    if (differsInByteOrder)
-        return {};
-    if (type.element == NPY_VOID)
+    if (!differsInByteOrder && type.element == NPY_VOID)
         return ", a structured array with the fields t, q and s (nodusmath.tqs makes one)";
-    if (PyTypeNum_ISBOOL(from))
+    if (differsInByteOrder || PyTypeNum_ISBOOL(from))
         return {};
     if (PyTypeNum_ISINTEGER(from))
         return whyNotFrom(array, host::valueType(type.type->lane), isLiteral);

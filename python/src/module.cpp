@@ -112,6 +112,7 @@ py::list describeTypes()
     return types;
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): as pybind11 calls it
 void translate(std::exception_ptr failure)
 {
     try {

@@ -3,6 +3,8 @@
 
 #include "command_line.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <sstream>
 
@@ -44,8 +46,8 @@ std::string synopsis(CLI::App& command, std::string const& path)
     for (CLI::Option* const argument : optionsOf(command, true)) {
         std::string const many = takesMany(*argument) ? "...\\&" : "";
         std::string const name = roff(valueName(*argument));
-        line += argument->get_required() ? ".IR " + name + " " + many + "\n"
-                                         : ".RI [ " + name + " ]" + many + "\n";
+        line += argument->get_required() ? fmt::format(".IR {} {}\n", name, many)
+                                         : fmt::format(".RI [ {} ]{}\n", name, many);
     }
     return line;
 }

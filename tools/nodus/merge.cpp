@@ -7,6 +7,8 @@
 #include "nodus/host/merge.h"
 #include "nodus/host/table.h"
 
+#include <fmt/format.h>
+
 namespace nodus::tools {
 
 namespace {
@@ -39,7 +41,7 @@ int merge(MergeOptions const& options)
     host::Diagnostics diagnostics;
     for (std::string const& part : options.parts) {
         if (host::partFormatOf(part) != merge.format)
-            diagnostics.add(part + ": is not of the kind that " + model + " is");
+            diagnostics.add(fmt::format("{}: is not of the kind that {} is", part, model));
         if (isSameFile(part, options.out))
             diagnostics.add("--out " + options.out + " is one of the files to merge");
     }
